@@ -1,0 +1,49 @@
+// The exported functions of libCorvaneDataProvider.so: the class objects,
+// the unload test, registration, and the BSTR functions.
+
+#include "common/text_util.h"
+#include "common/utf.h"
+#include "corvane/CorvaneDataProvider.h"
+#include "platform/bstr.h"
+#include "platform/module_lock.h"
+#include "provider/class_factory.h"
+
+#define CORVANE_EXPORT extern "C" __attribute__((visibility("default")))
+
+CORVANE_EXPORT BSTR SysAllocString(const OLECHAR* psz) {
+  if (psz == nullptr) return nullptr;
+  return corvane::BstrAlloc(std::u16string_view(psz, corvane::U16Length(psz)));
+}
+
+CORVANE_EXPORT BSTR SysAllocStringLen(const OLECHAR* pch, uint32_t cch) {
+  if (pch == nullptr) return corvane::BstrAlloc(std::u16string(cch, u'\0'));
+  return corvane::BstrAlloc(std::u16string_view(pch, cch));
+}
+
+CORVANE_EXPORT void SysFreeString(BSTR bstr) { corvane::BstrFree(bstr); }
+
+CORVANE_EXPORT uint32_t SysStringLen(BSTR bstr) { return corvane::BstrLength(bstr); }
+
+CORVANE_EXPORT HRESULT DllGetClassObject(const CLSID& rclsid, const IID& riid, void** ppv) {
+  if (ppv == nullptr) return E_POINTER;
+  *ppv = nullptr;
+  IClassFactory* factory = corvane::FindClassObject(rclsid);
+  if (factory == nullptr) return CLASS_E_CLASSNOTAVAILABLE;
+  return factory->QueryInterface(riid, ppv);
+}
+
+CORVANE_EXPORT HRESULT DllCanUnloadNow() { return corvane::ModuleLockCount() == 0 ? S_OK : S_FALSE; }
+
+// There is no registry: hosts load the library by path.
+CORVANE_EXPORT HRESULT DllRegisterServer() { return S_OK; }
+CORVANE_EXPORT HRESULT DllUnregisterServer() { return S_OK; }
+
+CORVANE_EXPORT HRESULT DllInstall(int32_t bInstall, const OLECHAR* pszCmdLine) {
+  // "user" (any case, the terminator included in the comparison) asks for
+  // per-user registration, which without a registry changes nothing.
+  static_cast<void>(pszCmdLine);
+  if (bInstall == 0) return DllUnregisterServer();
+  HRESULT hr = DllRegisterServer();
+  if (hr < 0) static_cast<void>(DllUnregisterServer());
+  return hr;
+}

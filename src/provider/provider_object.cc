@@ -1,0 +1,87 @@
+#include "provider/provider_object.h"
+
+#include "common/debug_log.h"
+#include "common/utf.h"
+#include "platform/app_data.h"
+#include "platform/bstr.h"
+#include "platform/folder_access.h"
+#include "platform/paths.h"
+#include "provider/command_parse.h"
+#include "settings/setting_parse.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kDatabaseFileName[] = u"CorvaneAppDB.db";
+
+}  // namespace
+
+HRESULT CCorvaneDataProviderObject::CreateInstance(const IID& riid, void** ppvObject) {
+  CCorvaneDataProviderObject* object = CreateObject<CCorvaneDataProviderObject>();
+  if (object == nullptr) return E_OUTOFMEMORY;
+  HRESULT hr = object->QueryInterface(riid, ppvObject);
+  object->Release();
+  return hr;
+}
+
+CCorvaneDataProviderObject::~CCorvaneDataProviderObject() { static_cast<void>(m_db.Close()); }
+
+void CCorvaneDataProviderObject::ApplySettingsCommands(BSTR bstrParam) {
+  if (bstrParam == nullptr) return;
+  CCommandParse parser;
+  std::u16string text = BstrToString(bstrParam);
+  static_cast<void>(parser.Parse(text.c_str()));
+  // "Settings" first, then "ForceSettings"; a command without a value only
+  // reloads what stands.
+  const std::pair<const char16_t*, int32_t> kCommands[] = {{u"Settings", 0}, {u"ForceSettings", 1}};
+  for (const auto& [name, force] : kCommands) {
+    const CCommand* command = parser.FindCommand(name);
+    if (command == nullptr) continue;
+    if (const std::u16string* value = command->GetCommandValue(0)) {
+      CSettingParse saver(nullptr);
+      static_cast<void>(saver.SaveSetting(value->c_str(), force));
+    }
+    m_settings.Reload();
+  }
+}
+
+HRESULT CCorvaneDataProviderObject::Initialize(BSTR bstrParam) {
+  DebugLog("!!!!CorvaneDataProvider::Initialize(%s)\r\n", ToUtf8(BstrToString(bstrParam)).c_str());
+  ApplySettingsCommands(bstrParam);
+  std::u16string folder;
+  if (!GetDataFolder(&folder)) return E_FAIL;
+  static_cast<void>(GrantFolderAccess(folder, kUsersAccount, kGenericAll));
+  std::u16string databasePath = PathJoin(folder, kDatabaseFileName);
+  HRESULT hr = m_db.Open(databasePath, false);
+  if (FAILED(hr)) return hr;
+  static_cast<void>(GrantFolderAccess(databasePath, kUsersAccount, kGenericAll));
+  return RunUpdateCycle(false);
+}
+
+HRESULT CCorvaneDataProviderObject::Uninitialize() { return S_OK; }
+
+HRESULT CCorvaneDataProviderObject::ForceUpdateData() {
+  // Before a successful Initialize there is no database to update.
+  if (!m_db.IsOpen()) return E_FAIL;
+  return RunUpdateCycle(true);
+}
+
+HRESULT CCorvaneDataProviderObject::GetURLsManager(uint32_t uManagerID, IUnknown** lppURLsMgr) {
+  if (uManagerID < 1 || uManagerID > 4) return E_NOINTERFACE;
+  if (lppURLsMgr == nullptr) return E_POINTER;
+  return E_FAIL;
+}
+
+HRESULT CCorvaneDataProviderObject::GetValue(BSTR bstrKey, BSTR* lpbstrValue) {
+  if (bstrKey == nullptr || lpbstrValue == nullptr) return E_INVALIDARG;
+  std::u16string value;
+  if (FAILED(m_db.GetConfig(BstrToString(bstrKey), &value, u""))) return E_FAIL;
+  return SUCCEEDED(BstrOut(value, lpbstrValue)) ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDataProviderObject::GetCorvaneDB(IUnknown** lppURLsMgr) {
+  *reinterpret_cast<CCorvaneDB**>(lppURLsMgr) = &m_db;
+  return S_OK;
+}
+
+}  // namespace corvane

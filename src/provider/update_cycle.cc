@@ -1,0 +1,45 @@
+// The once-a-day update cycle of the provider.
+
+#include "common/local_clock.h"
+#include "common/text_util.h"
+#include "common/time_stamp.h"
+#include "provider/provider_object.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kLastUpdate[] = u"LastUpdate";
+constexpr char16_t kLastUpdateBK[] = u"LastUpdateBK";
+// The date part of a visit stamp: "2014.03.05".
+constexpr size_t kStampDateChars = 10;
+
+std::u16string StampNow() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::u16string stamp;
+  FormatVisitStamp(now, &stamp);
+  return stamp;
+}
+
+}  // namespace
+
+HRESULT CCorvaneDataProviderObject::LoadWhiteList() { return S_FALSE; }
+
+HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
+  std::u16string begin = StampNow();
+  std::u16string lastUpdate;
+  static_cast<void>(m_db.GetConfig(kLastUpdate, &lastUpdate, u""));
+  // The gate: any difference of the date, forward or backward, opens it.
+  if (!bForce && AsciiCompareIgnoreCaseN(begin, lastUpdate, kStampDateChars) == 0) return S_OK;
+  static_cast<void>(LoadWhiteList());
+  static_cast<void>(m_db.BeginTransaction());
+  HRESULT hr = S_OK;
+  static_cast<void>(m_db.EndTransaction());
+  std::u16string end = StampNow();
+  if (FAILED(hr)) return E_FAIL;
+  if (FAILED(m_db.SetConfig(kLastUpdate, end))) return E_FAIL;
+  if (!lastUpdate.empty()) static_cast<void>(m_db.SetConfig(kLastUpdateBK, lastUpdate));
+  return S_OK;
+}
+
+}  // namespace corvane

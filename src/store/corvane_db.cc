@@ -1,0 +1,237 @@
+#include "store/corvane_db.h"
+
+#include "platform/app_data.h"
+#include "platform/folder_access.h"
+#include "platform/ini_file.h"
+#include "platform/paths.h"
+#include "store/schema.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kConfigSection[] = u"DBConfig";
+constexpr char16_t kConfigFileName[] = u"DBConfig.ini";
+// A value of DBConfig.ini is read into a buffer of this many characters,
+// terminator included.
+constexpr size_t kConfigBufferChars = 260;
+// How long a statement waits for another process (a second host) that holds
+// the database, before it fails.
+constexpr int kBusyTimeoutMs = 5000;
+
+}  // namespace
+
+std::u16string FillTemplate(std::u16string_view sqlTemplate, std::u16string_view name) {
+  std::u16string out;
+  out.reserve(sqlTemplate.size() + name.size());
+  for (size_t i = 0; i < sqlTemplate.size(); ++i) {
+    if (sqlTemplate[i] == u'%' && i + 1 < sqlTemplate.size() && sqlTemplate[i + 1] == u's') {
+      out.append(name);
+      ++i;
+    } else {
+      out.push_back(sqlTemplate[i]);
+    }
+  }
+  return out;
+}
+
+std::u16string SqlQuote(std::u16string_view text) {
+  std::u16string out(u"'");
+  for (char16_t c : text) {
+    if (c == u'\'') out.push_back(u'\'');
+    out.push_back(c);
+  }
+  out.push_back(u'\'');
+  return out;
+}
+
+bool IsDecimalId(std::u16string_view text) {
+  if (text.empty() || text.size() > 18) return false;
+  for (char16_t c : text) {
+    if (c < u'0' || c > u'9') return false;
+  }
+  return true;
+}
+
+// ---- Lifecycle ----
+
+HRESULT CCorvaneDB::Open(std::u16string_view path, bool bReopen) {
+  if (IsOpen()) {
+    if (!bReopen) return S_FALSE;
+    static_cast<void>(Close());
+  }
+  if (!CSqliteDB::Open(path)) return E_FAIL;
+  sqlite3_busy_timeout(Handle(), kBusyTimeoutMs);
+  static_cast<void>(Begin());
+  HRESULT hr = CreateSchema();
+  static_cast<void>(Commit());
+  // A file that is no database (or can't take the schema) is left as it is,
+  // and closed, so that a later Initialize tries again instead of running an
+  // update against it.
+  if (FAILED(hr)) static_cast<void>(CSqliteDB::Close());
+  return hr;
+}
+
+HRESULT CCorvaneDB::Close() {
+  m_mapShownDomains.clear();
+  if (!IsOpen()) return S_FALSE;
+  return CSqliteDB::Close() ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDB::CreateTableWithIndices(std::u16string_view table, std::u16string_view createSql,
+                                           std::initializer_list<const char16_t*> indexColumns) {
+  HRESULT hr = TableExists(table);
+  if (hr == S_FALSE) hr = Exec(createSql) ? S_OK : E_FAIL;
+  if (FAILED(hr)) return hr;
+  std::u16string tableName(table);
+  for (const char16_t* column : indexColumns) {
+    // Fails on every start but the first, since the index exists by then.
+    static_cast<void>(CreateIndex(tableName.c_str(), column));
+  }
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::CreateSchema() {
+  HRESULT hr = CreateTableWithIndices(schema::kHistory, schema::kCreateHistory,
+                                      {u"VisitTime", u"VisitDate", u"HideDate", u"URL"});
+  if (FAILED(hr)) return hr;
+  hr = CreateTableWithIndices(schema::kFavorite, schema::kCreateFavorite, {});
+  if (FAILED(hr)) return hr;
+  static_cast<void>(CreateIndex(schema::kFavorite, u"URL", u"Name", u"Path"));
+  hr = CreateTableWithIndices(schema::kFocusURL, schema::kCreateFocusURL, {u"URL"});
+  if (FAILED(hr)) return hr;
+  hr = CreateTableWithIndices(schema::kIEHistory, schema::kCreateIEHistory,
+                              {u"VisitTime", u"VisitDate", u"HideDate", u"URL"});
+  if (FAILED(hr)) return hr;
+  hr = CreateTableWithIndices(schema::kPreparedURL, schema::kCreatePreparedURL, {});
+  if (FAILED(hr)) return hr;
+  const std::pair<const char16_t*, const char16_t*> kLists[] = {
+      {schema::kWhiteList, schema::kCreateWhiteList},
+      {schema::kBlackList, schema::kCreateBlackList},
+      {schema::kSubList, schema::kCreateSubList},
+      {schema::kRecommendDomain, schema::kCreateRecommendDomain},
+  };
+  for (const auto& [table, createSql] : kLists) {
+    hr = CreateTableIfMissing(table, createSql);
+    if (FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
+
+// ---- Generic table steps ----
+
+HRESULT CCorvaneDB::TableExists(std::u16string_view table) {
+  StatementPtr stmt = Prepare(u"select count(*) from sqlite_master where type='table' and name=?;");
+  if (!stmt || !stmt->BindText16(0, table) || !stmt->Execute()) return E_FAIL;
+  return stmt->ColumnInt(0) > 0 ? S_OK : S_FALSE;
+}
+
+HRESULT CCorvaneDB::CreateTableIfMissing(std::u16string_view table, std::u16string_view createSql) {
+  HRESULT hr = TableExists(table);
+  if (hr != S_FALSE) return hr;
+  return Exec(createSql) ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDB::DropTable(const char16_t* table) {
+  if (table == nullptr) return E_INVALIDARG;
+  return Exec(FillTemplate(u"DROP TABLE %s;", table)) ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDB::ClearTable(std::u16string_view table) {
+  bool deleted = Exec(std::u16string(u"delete from ") + std::u16string(table));
+  // A table without an AUTOINCREMENT key has no line in sqlite_sequence;
+  // the update then changes nothing.
+  StatementPtr reset = Prepare(u"update sqlite_sequence set seq = 0 where name=?;");
+  if (reset && reset->BindText16(0, table)) static_cast<void>(reset->Execute());
+  return deleted ? S_OK : E_FAIL;
+}
+
+void CCorvaneDB::RecreateTable(std::u16string_view createTemplate, std::u16string_view table) {
+  static_cast<void>(Exec(FillTemplate(u"drop table %s", table)));
+  static_cast<void>(Exec(FillTemplate(createTemplate, table)));
+}
+
+HRESULT CCorvaneDB::CreateIndex(const char16_t* table, const char16_t* column1, const char16_t* column2,
+                                const char16_t* column3) {
+  if (table == nullptr || column1 == nullptr) return E_INVALIDARG;
+  std::u16string name = std::u16string(table) + u"_" + column1;
+  std::u16string columns(column1);
+  for (const char16_t* more : {column2, column3}) {
+    if (more == nullptr) continue;
+    name.append(u"_").append(more);
+    columns.append(u",").append(more);
+  }
+  std::u16string sql = u"create index " + name + u" on " + table + u"(" + columns + u");";
+  return Exec(sql) ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDB::CountDistinctURLs(std::u16string_view table, int32_t* lpCount) {
+  StatementPtr stmt = Prepare(FillTemplate(u"select count(distinct URL) from %s;", table));
+  if (!stmt || !stmt->Step()) return E_FAIL;
+  *lpCount = stmt->ColumnInt(0);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::CountURLsIn(std::u16string_view container, std::u16string_view table, int32_t* lpOverlap,
+                                int32_t* lpTotal) {
+  *lpOverlap = 0;
+  *lpTotal = 0;
+  bool totalWorked = SUCCEEDED(CountDistinctURLs(table, lpTotal));
+  std::u16string sql = u"select count(distinct URL) from " + std::u16string(table) +
+                       u" where URL in (select distinct URL from " + std::u16string(container) + u");";
+  StatementPtr stmt = Prepare(sql);
+  bool overlapWorked = stmt && stmt->Step();
+  if (overlapWorked) *lpOverlap = stmt->ColumnInt(0);
+  if (totalWorked && overlapWorked) return 3;
+  if (overlapWorked) return 2;
+  if (totalWorked) return 1;
+  return E_FAIL;
+}
+
+// ---- Nesting transaction pair ----
+
+bool CCorvaneDB::BeginTransaction() {
+  if (m_nTransactionCount.load() == 0 && !Begin()) return false;
+  m_nTransactionCount.fetch_add(1);
+  return true;
+}
+
+bool CCorvaneDB::EndTransaction() {
+  if (m_nTransactionCount.fetch_sub(1) - 1 != 0) return true;
+  return Commit();
+}
+
+// ---- DBConfig.ini ----
+
+const std::u16string& CCorvaneDB::ConfigPath() {
+  if (!m_strConfigPath.empty()) return m_strConfigPath;
+  std::u16string folder;
+  if (!GetDataFolder(&folder)) return m_strConfigPath;
+  static_cast<void>(GrantFolderAccess(folder, kUsersAccount, kGenericAll));
+  m_strConfigPath = PathJoin(folder, kConfigFileName);
+  return m_strConfigPath;
+}
+
+HRESULT CCorvaneDB::GetConfig(std::u16string_view key, std::u16string* lpValue, std::u16string_view defaultValue) {
+  *lpValue = ReadProfileString(ConfigPath(), kConfigSection, key, defaultValue, kConfigBufferChars);
+  return lpValue->empty() ? E_FAIL : S_OK;
+}
+
+HRESULT CCorvaneDB::SetConfig(std::u16string_view key, const std::u16string* value) {
+  const std::u16string& path = ConfigPath();
+  if (path.empty()) return E_FAIL;
+  return WriteProfileString(path, kConfigSection, key, value) ? S_OK : E_FAIL;
+}
+
+HRESULT CCorvaneDB::SetConfig(std::u16string_view key, std::u16string_view value) {
+  std::u16string text(value);
+  return SetConfig(key, &text);
+}
+
+HRESULT CCorvaneDB::DeleteConfig(std::u16string_view key) { return SetConfig(key, nullptr); }
+
+HRESULT CCorvaneDB::SetConfigInt(std::u16string_view key, int32_t value) {
+  std::string digits = std::to_string(value);
+  return SetConfig(key, std::u16string(digits.begin(), digits.end()));
+}
+
+}  // namespace corvane

@@ -1,0 +1,3 @@
+// Table operations of CCorvaneDB: in progress.
+
+#include "store/corvane_db.h"

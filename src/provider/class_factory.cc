@@ -1,5 +1,7 @@
 #include "provider/class_factory.h"
 
+#include <memory>
+
 #include "platform/module_lock.h"
 #include "provider/class_catalogue.h"
 
@@ -41,12 +43,12 @@ IClassFactory* FindClassObject(const CLSID& rclsid) {
     if (classes[i].clsid != rclsid) continue;
     // One class object per class, made on first use; the static's guarded
     // initialisation makes two threads get the same one.
-    static std::vector<CClassFactory*> factories = [] {
-      std::vector<CClassFactory*> made;
-      for (const ClassEntry& entry : ClassCatalogue()) made.push_back(new CClassFactory(entry.create));
+    static const std::vector<std::unique_ptr<CClassFactory>> factories = [] {
+      std::vector<std::unique_ptr<CClassFactory>> made;
+      for (const ClassEntry& entry : ClassCatalogue()) made.push_back(std::make_unique<CClassFactory>(entry.create));
       return made;
     }();
-    return factories[i];
+    return factories[i].get();
   }
   return nullptr;
 }

@@ -1,3 +1,253 @@
-// Table operations of CCorvaneDB: in progress.
+// Table operations of CCorvaneDB for the serving side: the queries behind
+// the recommendation and recent listings, the focus lookup, and the hide
+// steps that a host asks for.
+//
+// Host text (ids, URLs) and the shown-domain keys are always bound; only our
+// own words ("not", numbers we format, table names from schema.h) are put
+// into the statement texts.
+
+#include <algorithm>
+#include <cstdio>
 
 #include "store/corvane_db.h"
+#include "store/schema.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kRecommendDomainsSql[] =
+    u"select TRecommendDomain.rowid as ID, TRecommendDomain.MainDomain, TRecommendDomain.LastVisitTime, "
+    u"TRecommendDomain.Score, TRecommendDomain.Hide, TWhiteList.Name, TRecommendDomain.Domain, TWhiteList.SubName "
+    u"from TRecommendDomain, TWhiteList where  TRecommendDomain.Hide <= 0 and TRecommendDomain.MainDomain ### in "
+    u"(select URL from TFocusURL) and TRecommendDomain.MainDomain = TWhiteList.MainDomain and "
+    u"TRecommendDomain.Domain = TWhiteList.Domain group by ID order by TRecommendDomain.MainDomain Desc, "
+    u"TRecommendDomain.Score Desc, TRecommendDomain.LastVisitTime desc;";
+
+// "@@@" stands for the bound list of shown main domains.
+constexpr char16_t kSubDomainsSql[] =
+    u"select TSubDomain.rowid, TSubDomain.Domain, TSubDomain.MainDomain, TSubDomain.LastVisitTime, "
+    u"TSubDomain.Score, TSubDomain.Hide, TSubDomain.T2Flag, TNames.Name from TSubDomain, TNames where "
+    u"TSubDomain.MainDomain not in (@@@) and TSubDomain.Hide <= 0 and TSubDomain.Domain ### in (select URL from "
+    u"TFocusURL) and TSubDomain.Domain = TNames.Domain order by Score desc, LastVisitTime desc limit ?, ?;";
+
+constexpr char16_t kDomainSubSitesSql[] =
+    u"select TZS.Domain, TZS.MainDomain, TZS.LastVisitTime, TZS.Score, TZS.Hide, TZS.T2Flag, TWhiteList.SubName "
+    u"from TZS, TWhiteList where TZS.MainDomain = ? and TZS.Domain = TWhiteList.Domain order by Score desc, "
+    u"LastVisitTime desc limit ?, ?;";
+
+constexpr char16_t kRecommendURLsSql[] =
+    u"select rowid, * from TRecommendURL where Hide <= 0 and URL ### in (select URL from TFocusURL) order by "
+    u"weight desc, LastVisitTime desc limit ?, ?;";
+
+constexpr char16_t kRecommendURLsByVisitCountSql[] =
+    u"select rowid, * from TRecommendURL where Hide <= 0 and URL ### in (select URL from TFocusURL) order by "
+    u"VisitCount desc, LastVisitTime desc limit ?, ?;";
+
+constexpr char16_t kFocusIDSql[] = u"select rowid from TFocusURL where URL = ?;";
+
+constexpr char16_t kRecentDomainsSql[] = u"select * from TRecentDomain order by Score desc, LastVisitTime desc";
+
+constexpr char16_t kRecentHistoryPageSql[] =
+    u"select * from TRecentHistory order by Weight desc, LastVisitTime desc limit ?, ?;";
+
+// The table, rank column and key column of one hide step.
+struct HideTarget {
+  const char16_t* table;
+  const char16_t* rank;
+  const char16_t* key;
+};
+
+constexpr HideTarget kDomainById = {schema::kRecommendDomain, u"Score", u"rowid"};
+constexpr HideTarget kSubDomainById = {schema::kSubDomain, u"Score", u"rowid"};
+constexpr HideTarget kURLById = {schema::kRecommendURL, u"Weight", u"rowid"};
+constexpr HideTarget kURLByURL = {schema::kRecommendURL, u"Weight", u"URL"};
+
+// Replaces the first occurrence of marker by text.
+std::u16string ReplaceMarker(std::u16string_view sql, std::u16string_view marker, std::u16string_view text) {
+  std::u16string out(sql);
+  size_t at = out.find(marker);
+  if (at != std::u16string::npos) out.replace(at, marker.size(), text);
+  return out;
+}
+
+// The focus filter: "not in" unless the request asks for focus sites.
+std::u16string WithFocusFilter(std::u16string_view sql, bool bFocus) {
+  return ReplaceMarker(sql, u"###", bFocus ? u"" : u"not");
+}
+
+// Binds the two numbers of "limit ?, ?" as the unsigned values they are.
+bool BindLimit(CSqliteStatement* stmt, int first, uint32_t uStart, uint32_t uCount) {
+  return stmt->BindInt64(first, static_cast<int64_t>(uStart)) &&
+         stmt->BindInt64(first + 1, static_cast<int64_t>(uCount));
+}
+
+// True when row a ranks before row b: higher score, then later visit.
+bool Beats(const DomainRow& a, const DomainRow& b) {
+  if (a.Score != b.Score) return a.Score > b.Score;
+  return a.LastVisitTime > b.LastVisitTime;
+}
+
+DomainRow ReadDomainRow(CSqliteStatement* stmt) {
+  DomainRow row;
+  row.ID = static_cast<uint32_t>(stmt->ColumnInt64(0));
+  row.MainDomain = stmt->ColumnText16(1);
+  row.LastVisitTime = static_cast<uint64_t>(stmt->ColumnInt64(2));
+  row.Score = static_cast<uint32_t>(stmt->ColumnInt64(3));
+  row.Hide = stmt->ColumnInt(4);
+  row.Name = stmt->ColumnText16(5);
+  row.Domain = stmt->ColumnText16(6);
+  row.SubName = stmt->ColumnText16(7);
+  return row;
+}
+
+// The factor as the statement text has always carried it: six decimals.
+std::u16string FormatFactor(float factor) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof(buffer), "%f", static_cast<double>(factor));
+  return std::u16string(buffer, buffer + std::char_traits<char>::length(buffer));
+}
+
+}  // namespace
+
+HRESULT CCorvaneDB::GetRecommendDomains(bool bFocus, std::vector<DomainRow>* lpRows) {
+  if (lpRows == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(WithFocusFilter(kRecommendDomainsSql, bFocus));
+  if (!stmt) return E_FAIL;
+  // One row per main domain: the higher score, then the later visit; at a
+  // full tie the first row met stays.
+  std::map<std::u16string, DomainRow> best;
+  while (stmt->Step()) {
+    DomainRow row = ReadDomainRow(stmt.get());
+    auto [it, inserted] = best.try_emplace(row.MainDomain, row);
+    if (!inserted && Beats(row, it->second)) it->second = std::move(row);
+  }
+  // Inserting each row, in map order, before the first one it strictly
+  // beats is a stable sort by rank.
+  lpRows->clear();
+  lpRows->reserve(best.size());
+  for (auto& entry : best) lpRows->push_back(std::move(entry.second));
+  std::stable_sort(lpRows->begin(), lpRows->end(), Beats);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetSubDomains(uint32_t uStart, uint32_t uCount, bool bFocus, StatementPtr* lppStmt) {
+  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
+  std::u16string placeholders;
+  for (size_t i = 0; i < m_mapShownDomains.size(); ++i) placeholders.append(i == 0 ? u"?" : u",?");
+  std::u16string sql = WithFocusFilter(ReplaceMarker(kSubDomainsSql, u"@@@", placeholders), bFocus);
+  StatementPtr stmt = Prepare(sql);
+  if (!stmt) return E_FAIL;
+  int index = 0;
+  for (const auto& entry : m_mapShownDomains) {
+    if (!stmt->BindText16(index++, entry.first)) return E_FAIL;
+  }
+  if (!BindLimit(stmt.get(), index, uStart, uCount)) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetDomainSubSites(std::u16string_view mainDomain, uint32_t uStart, uint32_t uCount,
+                                      StatementPtr* lppStmt) {
+  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(kDomainSubSitesSql);
+  if (!stmt) return E_FAIL;
+  if (!stmt->BindText16(0, mainDomain) || !BindLimit(stmt.get(), 1, uStart, uCount)) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+namespace {
+
+HRESULT PrepareRecommendURLs(CCorvaneDB* db, std::u16string_view sql, uint32_t uStart, uint32_t uCount,
+                             StatementPtr* lppStmt, bool bFocus) {
+  if (lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = db->Prepare(WithFocusFilter(sql, bFocus));
+  if (!stmt || !BindLimit(stmt.get(), 0, uStart, uCount)) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT CCorvaneDB::GetRecommendURLs(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus) {
+  return PrepareRecommendURLs(this, kRecommendURLsSql, uStart, uCount, lppStmt, bFocus);
+}
+
+HRESULT CCorvaneDB::GetRecommendURLsByVisitCount(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt,
+                                                 bool bFocus) {
+  return PrepareRecommendURLs(this, kRecommendURLsByVisitCountSql, uStart, uCount, lppStmt, bFocus);
+}
+
+HRESULT CCorvaneDB::GetFocusID(std::u16string_view url, uint32_t* lpuID) {
+  if (lpuID == nullptr) return E_FAIL;
+  StatementPtr stmt = Prepare(kFocusIDSql);
+  if (!stmt || !stmt->BindText16(0, url) || !stmt->Step()) return E_FAIL;
+  *lpuID = static_cast<uint32_t>(stmt->ColumnInt64(0));
+  return S_OK;
+}
+
+namespace {
+
+// One hide step: read the old Hide value, then set the new one, lowering
+// the rank only for a row that was neither hidden nor lowered before.
+HRESULT HideRow(CCorvaneDB* db, const HideTarget& target, std::u16string_view key, bool bPermanent) {
+  const std::u16string table(target.table), rank(target.rank), column(target.key);
+  StatementPtr read = db->Prepare(u"select Hide, " + rank + u" from " + table + u" where " + column + u" = ? ;");
+  if (!read || !read->BindText16(0, key)) return S_OK;
+  int32_t oldHide = read->Step() ? read->ColumnInt(0) : 0;
+  read.reset();
+
+  if (oldHide == 1 || oldHide == 2) return S_OK;  // hidden already: nothing moves
+  const int32_t newHide = bPermanent ? 1 : 2;
+  std::u16string sql = u"update " + table + u" set Hide = ?";
+  if (oldHide != -1) {
+    // Hiding for good keeps the rank (times 1.0); until the next rebuild
+    // lowers it, rounded. A -1 row was lowered before and keeps its rank.
+    sql += u", " + rank + u" = round(" + rank + u" * " + FormatFactor(bPermanent ? 1.0f : kHideFactor) + u")";
+  }
+  sql += u" where " + column + u" = ?;";
+  StatementPtr update = db->Prepare(sql);
+  if (!update || !update->BindInt(0, newHide) || !update->BindText16(1, key)) return E_FAIL;
+  return update->Execute() ? S_OK : E_FAIL;
+}
+
+}  // namespace
+
+// An id that is no decimal number could never have compiled as the rowid of
+// the read statement, so it changes nothing and counts as success.
+HRESULT CCorvaneDB::HideRecommendDomainRow(std::u16string_view id, bool bPermanent) {
+  if (!IsDecimalId(id)) return S_OK;
+  return HideRow(this, kDomainById, id, bPermanent);
+}
+
+HRESULT CCorvaneDB::HideSubDomainRow(std::u16string_view id, bool bPermanent) {
+  if (!IsDecimalId(id)) return S_OK;
+  return HideRow(this, kSubDomainById, id, bPermanent);
+}
+
+HRESULT CCorvaneDB::HideRecommendURLRow(std::u16string_view id, bool bPermanent) {
+  if (!IsDecimalId(id)) return S_OK;
+  return HideRow(this, kURLById, id, bPermanent);
+}
+
+HRESULT CCorvaneDB::HideRecommendURLRowByURL(std::u16string_view url, bool bPermanent) {
+  return HideRow(this, kURLByURL, url, bPermanent);
+}
+
+HRESULT CCorvaneDB::GetRecentDomains(uint32_t uCount, StatementPtr* lppStmt) {
+  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(kRecentDomainsSql);
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetRecentHistoryPage(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt) {
+  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(kRecentHistoryPageSql);
+  if (!stmt || !BindLimit(stmt.get(), 0, uStart, uCount)) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+}  // namespace corvane

@@ -7,6 +7,7 @@
 #include "platform/bstr.h"
 #include "platform/module_lock.h"
 #include "provider/class_factory.h"
+#include "provider/dll_install.h"
 
 #define CORVANE_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -39,11 +40,5 @@ CORVANE_EXPORT HRESULT DllRegisterServer() { return S_OK; }
 CORVANE_EXPORT HRESULT DllUnregisterServer() { return S_OK; }
 
 CORVANE_EXPORT HRESULT DllInstall(int32_t bInstall, const OLECHAR* pszCmdLine) {
-  // "user" (any case, the terminator included in the comparison) asks for
-  // per-user registration, which without a registry changes nothing.
-  static_cast<void>(pszCmdLine);
-  if (bInstall == 0) return DllUnregisterServer();
-  HRESULT hr = DllRegisterServer();
-  if (hr < 0) static_cast<void>(DllUnregisterServer());
-  return hr;
+  return corvane::InstallServer(bInstall, pszCmdLine, &DllRegisterServer, &DllUnregisterServer);
 }

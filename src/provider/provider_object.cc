@@ -7,6 +7,7 @@
 #include "platform/folder_access.h"
 #include "platform/paths.h"
 #include "provider/command_parse.h"
+#include "serving/manager_factory.h"
 #include "settings/setting_parse.h"
 
 namespace corvane {
@@ -67,9 +68,13 @@ HRESULT CCorvaneDataProviderObject::ForceUpdateData() {
 }
 
 HRESULT CCorvaneDataProviderObject::GetURLsManager(uint32_t uManagerID, IUnknown** lppURLsMgr) {
-  if (uManagerID < 1 || uManagerID > 4) return E_NOINTERFACE;
+  if (uManagerID < kFirstManagerID || uManagerID > kLastManagerID) return E_NOINTERFACE;
   if (lppURLsMgr == nullptr) return E_POINTER;
-  return E_FAIL;
+  // The manager keeps a reference to this provider's inner interface, so
+  // the provider lives at least as long as any manager it handed out.
+  ComPtr<IURLsManager> manager(CreateURLsManager(uManagerID, AsUnknown()));
+  if (!manager) return E_FAIL;
+  return manager->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(lppURLsMgr));
 }
 
 HRESULT CCorvaneDataProviderObject::GetValue(BSTR bstrKey, BSTR* lpbstrValue) {

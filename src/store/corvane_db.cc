@@ -97,6 +97,9 @@ HRESULT CCorvaneDB::CreateSchema() {
   hr = CreateTableWithIndices(schema::kFavorite, schema::kCreateFavorite, {});
   if (FAILED(hr)) return hr;
   static_cast<void>(CreateIndex(schema::kFavorite, u"URL", u"Name", u"Path"));
+  // The scoring asks once per scored URL whether it is a favourite, by its
+  // fixed form; without this index each question would scan the table.
+  static_cast<void>(CreateIndex(schema::kFavorite, u"FixedURL"));
   hr = CreateTableWithIndices(schema::kFocusURL, schema::kCreateFocusURL, {u"URL"});
   if (FAILED(hr)) return hr;
   hr = CreateTableWithIndices(schema::kIEHistory, schema::kCreateIEHistory,

@@ -1,3 +1,152 @@
-// Table operations of CCorvaneDB: in progress.
+// Table operations of CCorvaneDB on TFavorite (the browser's favourites) and
+// TFocusURL (the sites that the host pinned).
+//
+// A favourite is one row per fixed URL, name and folder path. Every text is
+// bound, so a name or a path with a quote in it is found again like any
+// other, and one favourite stays one row across updates.
 
+#include "common/text_util.h"
+#include "common/url_util.h"
+#include "common/utf.h"
+#include "corvane/VisitHarvest.h"
 #include "store/corvane_db.h"
+
+namespace corvane {
+namespace {
+
+std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
+
+// Runs a "select count(*)" with the texts bound in order: S_OK above 0,
+// S_FALSE at 0, E_FAIL when it can't be asked.
+HRESULT CountBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = db->Prepare(sql);
+  if (!stmt) return E_FAIL;
+  int index = 0;
+  for (std::u16string_view text : texts) {
+    if (!stmt->BindText16(index++, text)) return E_FAIL;
+  }
+  if (!stmt->Step()) return E_FAIL;
+  return stmt->ColumnInt64(0) > 0 ? S_OK : S_FALSE;
+}
+
+HRESULT ExecBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = db->Prepare(sql);
+  if (!stmt) return E_FAIL;
+  int index = 0;
+  for (std::u16string_view text : texts) {
+    if (!stmt->BindText16(index++, text)) return E_FAIL;
+  }
+  return stmt->Execute() ? S_OK : E_FAIL;
+}
+
+// Deletes every row and starts the table's numbering again.
+HRESULT ClearWithSequence(CCorvaneDB* db, std::u16string_view deleteSql, std::u16string_view sequenceSql) {
+  bool deleted = db->Exec(deleteSql);
+  static_cast<void>(db->Exec(sequenceSql));
+  return deleted ? S_OK : E_FAIL;
+}
+
+// True when the item was already known or has been stored.
+bool StoreFavorite(CCorvaneDB* db, CSqliteStatement* insert, IExtractItem* item) {
+  std::u16string name = TextOf(item->GetName());
+  std::u16string path = TextOf(item->GetPath());
+  std::u16string url = TextOf(item->GetURL());
+  std::u16string fixedURL = url;
+  MakeFixedURL(fixedURL);
+  HRESULT known = db->FindFavorite(fixedURL, name, path);
+  // A known favourite keeps its row as it stands, hidden or not.
+  if (known == S_OK) return true;
+  if (known != S_FALSE) return false;
+  return insert->BindText16(0, name) && insert->BindText16(1, url) && insert->BindText16(2, fixedURL) &&
+         insert->BindText16(3, path) && insert->BindInt(4, 0) && insert->Execute();
+}
+
+}  // namespace
+
+// ---- TFavorite ----
+
+HRESULT CCorvaneDB::AddFavorites(IExtractor* pExtractor) {
+  if (pExtractor == nullptr) return E_INVALIDARG;
+  uint32_t count = pExtractor->GetCount();
+  if (count == 0) return S_FALSE;
+  if (!BeginTransaction()) return S_FALSE;
+  int32_t stored = 0;
+  StatementPtr insert = Prepare(u"insert into TFavorite values(?, ?, ?, ?, ?);");
+  for (uint32_t i = 0; insert && i < count; ++i) {
+    IExtractItem* item = nullptr;
+    static_cast<void>(pExtractor->GetNextItem(&item));
+    if (item != nullptr && StoreFavorite(this, insert.get(), item)) ++stored;
+  }
+  insert.reset();
+  static_cast<void>(EndTransaction());
+  return stored > 0 ? S_OK : S_FALSE;
+}
+
+HRESULT CCorvaneDB::FindFavorite(std::u16string_view fixedURL, std::u16string_view name, std::u16string_view path) {
+  return CountBound(this, u"select count(*) from TFavorite where FixedURL = ? And Name = ? And Path = ?;",
+                    {fixedURL, name, path});
+}
+
+HRESULT CCorvaneDB::IsFavoriteURL(std::u16string_view fixedURL) {
+  return CountBound(this, u"select count(*) from TFavorite where FixedURL = ?;", {fixedURL});
+}
+
+HRESULT CCorvaneDB::GetFavorites(uint32_t uLimit, StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_POINTER;
+  std::u16string sql = u"select rowid, * from TFavorite where HideDate = 0 order by Path ASC, rowid ASC";
+  if (uLimit != 0) sql += u" limit 0, " + FromUtf8(std::to_string(uLimit));
+  StatementPtr stmt = Prepare(sql + u";");
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::HideFavorite(std::u16string_view urlOrAll) {
+  if (AsciiEqualsIgnoreCase(urlOrAll, u"All")) return ExecBound(this, u"update TFavorite set HideDate = 1;", {});
+  return ExecBound(this, u"update TFavorite set HideDate = 1 where URL = ?;", {urlOrAll});
+}
+
+HRESULT CCorvaneDB::HideFavoriteByID(std::u16string_view id) {
+  // The rowid is compared as text: an id that is no number matches no row.
+  return ExecBound(this, u"update TFavorite set HideDate = 1 where rowid = ?;", {id});
+}
+
+HRESULT CCorvaneDB::ClearFavorites() {
+  return ClearWithSequence(this, u"delete from TFavorite;", u"update sqlite_sequence set seq = 0 where name='TFavorite';");
+}
+
+// ---- TFocusURL ----
+
+HRESULT CCorvaneDB::AddFocusURL(std::u16string_view name, std::u16string_view url) {
+  if (FindFocusURL(name, url) == S_OK) return S_FALSE;
+  return ExecBound(this, u"insert into TFocusURL(Name, URL) values(?, ?);", {name, url});
+}
+
+HRESULT CCorvaneDB::FindFocusURL(std::u16string_view name, std::u16string_view url) {
+  return CountBound(this, u"select count(*) from TFocusURL where URL = ? And Name = ?;", {url, name});
+}
+
+HRESULT CCorvaneDB::GetFocusURLs(StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_POINTER;
+  StatementPtr stmt = Prepare(u"select * from TFocusURL order by ID ASC;");
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::RemoveFocusURL(std::u16string_view url) {
+  return ExecBound(this, u"delete from TFocusURL where URL = ?;", {url});
+}
+
+HRESULT CCorvaneDB::RemoveFocusByID(std::u16string_view id) {
+  // The original statement puts the id in as a number: anything else would
+  // not form a statement.
+  if (!IsDecimalId(id)) return E_FAIL;
+  return ExecBound(this, u"delete from TFocusURL where ID = ?;", {id});
+}
+
+HRESULT CCorvaneDB::ClearFocusURLs() {
+  return ClearWithSequence(this, u"delete from TFocusURL;", u"update sqlite_sequence set seq = 0 where name='TFocusURL';");
+}
+
+}  // namespace corvane

@@ -1,3 +1,386 @@
-// Table operations of CCorvaneDB: in progress.
+// Table operations of CCorvaneDB on THistory and TIEHistory: storing a
+// delivery of the extraction library (from scratch, incrementally, or by the
+// IE merge), the listings, the searches and the hides.
+//
+// Browser and host text is always bound. An item without a URL, or whose
+// visit time has fields that form no date (month 13, 31 April), is skipped:
+// it could be neither ordered nor grouped by day.
 
+#include <cstdio>
+
+#include "common/debug_log.h"
+#include "common/local_clock.h"
+#include "common/text_util.h"
+#include "common/time_stamp.h"
+#include "common/utf.h"
+#include "corvane/VisitHarvest.h"
 #include "store/corvane_db.h"
+#include "store/schema.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kInsertHistory[] = u"insert into THistory values(?, ?, ?, ?, ?, ?, ?, ?);";
+constexpr char16_t kInsertIEHistory[] = u"insert into TIEHistory values(?, ?, ?, ?, ?, ?, ?, ?);";
+constexpr char16_t kAddHistoryCount[] = u"AddHistoryCount";
+constexpr char16_t kIEInitialized[] = u"IEInitialized";
+constexpr char16_t kIEHistoryAdded[] = u"IEHistoryAdded";
+constexpr char16_t kIEHistoryAddedBK[] = u"IEHistoryAddedBK";
+constexpr char16_t kLastIEHistoryCount[] = u"LastIEHistoryCount";
+
+// What one delivered visit looks like once read off its item.
+struct Visit {
+  std::u16string name;
+  std::u16string url;
+  int32_t count = 0;
+  uint32_t browser = 0;
+  std::u16string stamp;
+  uint64_t timeNumber = 0;
+  uint32_t day = 0;
+};
+
+std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
+
+// Reads an item; false for an item that can't be stored.
+bool ReadVisit(IExtractItem* item, Visit* visit) {
+  visit->url = TextOf(item->GetURL());
+  if (visit->url.empty()) return false;
+  SYSTEMTIME time{};
+  item->GetVisitTime(&time);
+  if (!SystemTimeToTimeNumber(time, &visit->timeNumber)) {
+    DebugLog("skipped a visit with an invalid time %04u-%02u-%02u: %s", time.wYear, time.wMonth, time.wDay,
+             ToUtf8(visit->url).c_str());
+    return false;
+  }
+  visit->name = TextOf(item->GetName());
+  visit->count = item->GetVisitCount();
+  visit->browser = item->GetBrowser();
+  FormatVisitStamp(time, &visit->stamp);
+  visit->day = DayNumber(visit->timeNumber);
+  return true;
+}
+
+// Binds parameters 1 to 7 of an insert into THistory; parameter 0 (HID)
+// stays null so that SQLite numbers the row.
+bool BindHistoryRow(CSqliteStatement* stmt, const Visit& visit, int32_t count, uint32_t browser) {
+  return stmt->BindText16(1, visit.name) && stmt->BindText16(2, visit.url) && stmt->BindInt(3, count) &&
+         stmt->BindText16(4, visit.stamp) && stmt->BindInt64(5, visit.day) && stmt->BindInt(6, 0) &&
+         stmt->BindInt(7, static_cast<int32_t>(browser));
+}
+
+bool BindIEHistoryRow(CSqliteStatement* stmt, const Visit& visit) {
+  return stmt->BindText16(1, visit.name) && stmt->BindText16(2, visit.url) && stmt->BindInt(3, visit.count) &&
+         stmt->BindText16(4, visit.stamp) && stmt->BindInt64(5, visit.day) && stmt->BindInt(6, 0) &&
+         stmt->BindInt64(7, static_cast<int64_t>(visit.timeNumber));
+}
+
+std::u16string Number(int64_t value) { return FromUtf8(std::to_string(value)); }
+
+// "limit 0, N" when a limit is given.
+std::u16string WithLimit(std::u16string_view sql, uint32_t uLimit) {
+  std::u16string out(sql);
+  if (uLimit != 0) out += u" limit 0, " + Number(uLimit);
+  return out + u";";
+}
+
+bool IsAllWord(std::u16string_view text) { return AsciiEqualsIgnoreCase(text, u"All"); }
+
+// The pattern "%text%" of a search, the special characters of like escaped
+// with "/".
+std::u16string LikePattern(std::u16string_view text) {
+  std::u16string pattern(1, u'%');
+  pattern.append(CCorvaneDB::EscapeSearchText(text));
+  pattern.push_back(u'%');
+  return pattern;
+}
+
+// Prepares sql, binds the texts in order and runs it to its end.
+HRESULT ExecBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = db->Prepare(sql);
+  if (!stmt) return E_FAIL;
+  int index = 0;
+  for (std::u16string_view text : texts) {
+    if (!stmt->BindText16(index++, text)) return E_FAIL;
+  }
+  return stmt->Execute() ? S_OK : E_FAIL;
+}
+
+HRESULT PrepareInto(CCorvaneDB* db, std::u16string_view sql, StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_POINTER;
+  StatementPtr stmt = db->Prepare(sql);
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+}  // namespace
+
+// ---- Storing ----
+
+HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
+  if (pExtractor == nullptr) return E_INVALIDARG;
+  int32_t stored = 0;
+  if (BeginTransaction()) {
+    StatementPtr insert = Prepare(kInsertHistory);
+    uint32_t count = insert ? pExtractor->GetCount() : 0;
+    for (uint32_t i = 0; i < count; ++i) {
+      IExtractItem* item = nullptr;
+      static_cast<void>(pExtractor->GetNextItem(&item));
+      Visit visit;
+      if (item == nullptr || !ReadVisit(item, &visit)) continue;
+      if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
+    }
+    insert.reset();
+    static_cast<void>(EndTransaction());
+  }
+  static_cast<void>(SetConfigInt(kAddHistoryCount, stored));
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::AddNewHistory(IExtractor* pExtractor) {
+  if (pExtractor == nullptr) return E_INVALIDARG;
+  static_cast<void>(DeleteConfig(kLastIEHistoryCount));
+  uint64_t newest = 0;
+  if (FAILED(GetNewestVisitTime(&newest))) {
+    static_cast<void>(ClearHistory());
+    return AddHistory(pExtractor);
+  }
+  int32_t stored = 0;
+  if (BeginTransaction()) {
+    StatementPtr insert = Prepare(kInsertHistory);
+    uint32_t count = insert ? pExtractor->GetCount() : 0;
+    for (uint32_t i = 0; i < count; ++i) {
+      IExtractItem* item = nullptr;
+      static_cast<void>(pExtractor->GetNextItem(&item));
+      Visit visit;
+      if (item == nullptr || !ReadVisit(item, &visit)) continue;
+      // A visit at exactly the newest stored time is already stored.
+      if (visit.timeNumber <= newest) continue;
+      if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
+    }
+    insert.reset();
+    static_cast<void>(EndTransaction());
+  }
+  static_cast<void>(SetConfigInt(kAddHistoryCount, stored));
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetNewestVisitTime(uint64_t* lpTime) {
+  if (lpTime == nullptr) return E_POINTER;
+  StatementPtr stmt = Prepare(u"select max(VisitTime) from THistory;");
+  if (!stmt || !stmt->Step() || stmt->ColumnIsNull(0)) return E_FAIL;
+  std::u16string newest = stmt->ColumnText16(0);
+  stmt.reset();
+  uint64_t number = 0;
+  if (!ParseVisitStamp(newest, &number)) return E_FAIL;
+  *lpTime = number;
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::ClearHistory() {
+  bool deleted = Exec(u"delete from THistory;");
+  static_cast<void>(Exec(u"update sqlite_sequence set seq = 0 where name='THistory';"));
+  return deleted ? S_OK : E_FAIL;
+}
+
+// One item of an IE delivery against the stored snapshot. Counts in
+// *lpAdded the rows stored in THistory and in *lpSnapshot those stored in
+// TIEHistory.
+namespace {
+
+struct MergeState {
+  CCorvaneDB* db;
+  CSqliteStatement* snapshotInsert;
+  bool firstMerge;
+  int32_t added = 0;
+  int32_t snapshot = 0;
+};
+
+void StoreSnapshotRow(MergeState* state, const Visit& visit) {
+  if (BindIEHistoryRow(state->snapshotInsert, visit) && state->snapshotInsert->Execute()) ++state->snapshot;
+}
+
+void AddMergedVisit(MergeState* state, const Visit& visit, int32_t count) {
+  StatementPtr insert = state->db->Prepare(kInsertHistory);
+  if (insert && BindHistoryRow(insert.get(), visit, count, BROWSER_IE) && insert->Execute()) ++state->added;
+}
+
+void ReplaceSnapshotRow(MergeState* state, int64_t oldHID, const Visit& visit) {
+  StatementPtr remove = state->db->Prepare(u"delete from TIEHistory  where HID=?");
+  if (remove && remove->BindInt64(0, oldHID)) static_cast<void>(remove->Execute());
+  StoreSnapshotRow(state, visit);
+}
+
+// The decision for one delivered URL: see MergeIEHistory.
+void MergeOneItem(MergeState* state, const Visit& visit) {
+  StatementPtr old = state->db->Prepare(u"select * from TIEHistory where URL=?");
+  if (!old || !old->BindText16(0, visit.url)) return StoreSnapshotRow(state, visit);
+  if (!old->Step()) {
+    if (!state->firstMerge) AddMergedVisit(state, visit, visit.count);
+    return StoreSnapshotRow(state, visit);
+  }
+  int64_t oldHID = old->ColumnInt64(0);
+  int32_t oldCount = old->ColumnInt(3);
+  uint64_t oldTime = static_cast<uint64_t>(old->ColumnInt64(7));
+  old.reset();
+  if (visit.timeNumber > oldTime) {
+    // A newer last visit without a higher count tells nothing new: the old
+    // row stays as it stood.
+    if (visit.count <= oldCount) return;
+    AddMergedVisit(state, visit, visit.count - oldCount);
+  }
+  ReplaceSnapshotRow(state, oldHID, visit);
+}
+
+std::u16string TodayDateText() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  return FormatDateText(now);
+}
+
+}  // namespace
+
+// IE tells only the last visit and a running count of each URL, so the new
+// visits are the difference between this delivery and the stored snapshot.
+HRESULT CCorvaneDB::MergeIEHistory(IExtractor* pExtractor) {
+  if (pExtractor == nullptr) return E_INVALIDARG;
+  if (!BeginTransaction()) return S_OK;
+  std::u16string initialized;
+  static_cast<void>(GetConfig(kIEInitialized, &initialized, u""));
+  StatementPtr snapshotInsert = Prepare(kInsertIEHistory);
+  MergeState state{this, snapshotInsert.get(), initialized.empty()};
+  uint32_t count = snapshotInsert ? pExtractor->GetCount() : 0;
+  for (uint32_t i = 0; i < count; ++i) {
+    IExtractItem* item = nullptr;
+    static_cast<void>(pExtractor->GetNextItem(&item));
+    Visit visit;
+    if (item == nullptr || !ReadVisit(item, &visit)) continue;
+    MergeOneItem(&state, visit);
+  }
+  snapshotInsert.reset();
+  static_cast<void>(EndTransaction());
+  if (state.snapshot > 0) static_cast<void>(SetConfig(kIEInitialized, TodayDateText()));
+  if (state.added == 0) return S_OK;
+  std::u16string previous;
+  static_cast<void>(GetConfig(kIEHistoryAdded, &previous, u""));
+  static_cast<void>(SetConfig(kIEHistoryAddedBK, previous));
+  static_cast<void>(SetConfig(kIEHistoryAdded, TodayDateText()));
+  static_cast<void>(SetConfigInt(kAddHistoryCount, state.added));
+  return S_OK;
+}
+
+// ---- Listings ----
+
+HRESULT CCorvaneDB::GetHistory(uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(this, WithLimit(u"select * from THistory where HideDate = 0 order by VisitDate desc, VisitTime desc",
+                                     uLimit),
+                     lppStmt);
+}
+
+HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, StatementPtr* lppStmt, uint32_t uBrowser) {
+  if (lppStmt == nullptr) return E_POINTER;
+  std::u16string sql =
+      u"select * from THistory where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0";
+  if (uBrowser != 0) sql += u" and  Browser = " + Number(uBrowser);
+  sql += u" order by VisitDate desc, VisitTime desc;";
+  StatementPtr stmt = Prepare(sql);
+  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(this,
+                     u"select distinct VisitDate, count(URL) as count from THistory group by VisitDate order by "
+                     u"VisitDate desc limit " + Number(uLimit) + u";",
+                     lppStmt);
+}
+
+HRESULT CCorvaneDB::GetHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt) {
+  return PrepareInto(this,
+                     u"select URL, Name, VisitTime, VisitCount from THistory where VisitDate = " + Number(uDayNumber) +
+                         u" order by VisitTime desc;",
+                     lppStmt);
+}
+
+HRESULT CCorvaneDB::GetIEHistory(uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(
+      this, WithLimit(u"select * from TIEHistory where HideDate = 0 order by VisitDate desc, VisitTime desc", uLimit),
+      lppStmt);
+}
+
+HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_POINTER;
+  StatementPtr stmt = Prepare(
+      u"select * from TIEHistory where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0 order "
+      u"by VisitDate desc, VisitTime desc;");
+  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT CCorvaneDB::GetIEHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(this,
+                     u"select distinct VisitDate, count(URL) as count from TIEHistory group by VisitDate order by "
+                     u"VisitDate desc limit " + Number(uLimit) + u";",
+                     lppStmt);
+}
+
+HRESULT CCorvaneDB::GetIEHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt) {
+  return PrepareInto(this,
+                     u"select URL, Name, VisitTime, VisitCount from TIEHistory where VisitDate = " +
+                         Number(uDayNumber) + u" order by VisitTime desc;",
+                     lppStmt);
+}
+
+// Puts a "/" in front of each character that like or the escape itself
+// would read specially. The text is bound, so quotes need no doubling.
+std::u16string CCorvaneDB::EscapeSearchText(std::u16string_view text) {
+  static constexpr std::u16string_view kSpecial = u"/[]%&-_()";
+  std::u16string out;
+  out.reserve(text.size() + text.size() / 4);
+  for (char16_t c : text) {
+    if (kSpecial.find(c) != std::u16string_view::npos) out.push_back(u'/');
+    out.push_back(c);
+  }
+  return out;
+}
+
+// ---- Hides ----
+
+HRESULT CCorvaneDB::HideHistory(std::u16string_view urlOrAll, uint32_t uBrowser) {
+  std::u16string sql = u"update THistory set HideDate = 1";
+  bool all = IsAllWord(urlOrAll);
+  if (!all) sql += u" where URL = ?";
+  if (uBrowser != 0) sql += (all ? u" where Browser = " : u" and Browser = ") + Number(uBrowser);
+  if (all) return ExecBound(this, sql, {});
+  return ExecBound(this, sql, {urlOrAll});
+}
+
+HRESULT CCorvaneDB::HideHistoryByID(std::u16string_view id, uint32_t uBrowser) {
+  // An id that is no number would not even form a statement.
+  if (!IsDecimalId(id)) return E_FAIL;
+  std::u16string sql = u"update THistory set HideDate = 1 where HID = ?";
+  if (uBrowser != 0) sql += u" and Browser = " + Number(uBrowser);
+  return ExecBound(this, sql, {id});
+}
+
+HRESULT CCorvaneDB::HideIEHistory(std::u16string_view urlOrAll) {
+  HRESULT hr = IsAllWord(urlOrAll) ? ExecBound(this, u"update TIEHistory set HideDate = 1;", {})
+                                   : ExecBound(this, u"update TIEHistory set HideDate = 1 where URL = ?;", {urlOrAll});
+  if (FAILED(hr)) return E_FAIL;
+  return HideHistory(urlOrAll, BROWSER_IE);
+}
+
+HRESULT CCorvaneDB::HideIEHistoryByID(std::u16string_view id) {
+  if (!IsDecimalId(id)) return E_FAIL;
+  StatementPtr select = Prepare(u"select URL from TIEHistory where HID=?;");
+  if (!select || !select->BindText16(0, id) || !select->Step()) return E_FAIL;
+  std::u16string url = select->ColumnText16(0);
+  select.reset();
+  if (FAILED(ExecBound(this, u"update TIEHistory set HideDate = 1 where HID = ?;", {id}))) return E_FAIL;
+  // Every IE row of that URL in THistory is hidden with it.
+  return HideHistory(url, BROWSER_IE);
+}
+
+}  // namespace corvane

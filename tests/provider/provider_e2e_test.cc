@@ -54,7 +54,7 @@ TEST_F(ProviderTest, FirstInitializeCreatesFolderDatabaseAndFiles) {
                                            "TWhiteList", "TBlackList", "TSubList", "TRecommendDomain"}));
   std::set<std::string> indices = SchemaNames(DataFile("CorvaneAppDB.db"), "index");
   EXPECT_EQ(indices, (std::set<std::string>{"THistory_VisitTime", "THistory_VisitDate", "THistory_HideDate",
-                                            "THistory_URL", "TFavorite_URL_Name_Path", "TFocusURL_URL",
+                                            "THistory_URL", "TFavorite_URL_Name_Path", "TFavorite_FixedURL", "TFocusURL_URL",
                                             "TIEHistory_VisitTime", "TIEHistory_VisitDate", "TIEHistory_HideDate",
                                             "TIEHistory_URL"}));
   EXPECT_TRUE(std::filesystem::exists(DataFile("Settings.ini")));

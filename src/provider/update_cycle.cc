@@ -1,5 +1,6 @@
 // The once-a-day update cycle of the provider.
 
+#include "analysis/update_driver.h"
 #include "common/local_clock.h"
 #include "common/text_util.h"
 #include "common/time_stamp.h"
@@ -33,7 +34,13 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
   if (!bForce && AsciiCompareIgnoreCaseN(begin, lastUpdate, kStampDateChars) == 0) return S_OK;
   static_cast<void>(LoadWhiteList());
   static_cast<void>(m_db.BeginTransaction());
-  HRESULT hr = S_OK;
+  HRESULT hr = E_FAIL;
+  {
+    // The driver unloads the extraction library when it goes, before the
+    // transaction ends.
+    CUpdateDriver driver(&m_db, &m_settings);
+    hr = driver.Run();
+  }
   static_cast<void>(m_db.EndTransaction());
   std::u16string end = StampNow();
   if (FAILED(hr)) return E_FAIL;

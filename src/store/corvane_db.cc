@@ -17,6 +17,7 @@ constexpr size_t kConfigBufferChars = 260;
 // How long a statement waits for another process (a second host) that holds
 // the database, before it fails.
 constexpr int kBusyTimeoutMs = 5000;
+constexpr char kCacheSizePragma[] = "PRAGMA cache_size = -65536;";  // KiB
 
 }  // namespace
 
@@ -61,6 +62,10 @@ HRESULT CCorvaneDB::Open(std::u16string_view path, bool bReopen) {
   }
   if (!CSqliteDB::Open(path)) return E_FAIL;
   sqlite3_busy_timeout(Handle(), kBusyTimeoutMs);
+  // An update writes a heavy user's whole history and its four indices in
+  // one transaction; with SQLite's default 2 MB cache the index pages spill
+  // to the file and are read back over and over.
+  static_cast<void>(ExecUtf8(kCacheSizePragma));
   static_cast<void>(Begin());
   HRESULT hr = CreateSchema();
   static_cast<void>(Commit());

@@ -12,6 +12,7 @@ constexpr char16_t kDefBrowser[] = u"DefBrowser";
 constexpr char16_t kExtractBrowser[] = u"ExtractBrowser";
 constexpr char16_t kAddHistoryCount[] = u"AddHistoryCount";
 constexpr char16_t kIEHistoryAdded[] = u"IEHistoryAdded";
+constexpr char16_t kBuildOftenTable[] = u"BuildOftenTable";
 
 // The keys of WriteCounters, in the order in which they are written.
 constexpr const char16_t* kCounterKeys[] = {u"H2", u"E3inH2", u"E3", u"H1", u"E2inH1", u"E2"};
@@ -38,8 +39,10 @@ HRESULT CUpdateDriver::Run() {
   // Until IE visits have reached THistory, all that is known of them lies
   // in TIEHistory.
   bool ieOnly = browser == BROWSER_IE && ieAdded.empty();
-  HRESULT hr = S_OK;
-  // The analysis steps come here.
+  static_cast<void>(m_pDB->DeleteConfig(kBuildOftenTable));
+  // The normal path run on IE visits works in IE mode too.
+  m_pSettings->SetIEMode(browser == BROWSER_IE);
+  HRESULT hr = ieOnly ? AnalyzeIEOnly() : AnalyzeProc(browser);
   if (SUCCEEDED(hr)) WriteCounters(ieOnly);
   return hr;
 }

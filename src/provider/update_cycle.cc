@@ -5,6 +5,7 @@
 #include "common/text_util.h"
 #include "common/time_stamp.h"
 #include "provider/provider_object.h"
+#include "reflists/white_list_loader.h"
 
 namespace corvane {
 namespace {
@@ -24,7 +25,7 @@ std::u16string StampNow() {
 
 }  // namespace
 
-HRESULT CCorvaneDataProviderObject::LoadWhiteList() { return S_FALSE; }
+HRESULT CCorvaneDataProviderObject::LoadWhiteList() { return LoadWhiteListFile(&m_db); }
 
 HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
   std::u16string begin = StampNow();

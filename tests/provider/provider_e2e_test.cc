@@ -50,8 +50,12 @@ TEST_F(ProviderTest, FirstInitializeCreatesFolderDatabaseAndFiles) {
 
   EXPECT_TRUE(std::filesystem::is_directory(m_dir.Path() + "/CorvaneApp"));
   std::set<std::string> tables = SchemaNames(DataFile("CorvaneAppDB.db"), "table");
+  // The schema, and what the first update builds even from an empty history.
   EXPECT_EQ(tables, (std::set<std::string>{"THistory", "TFavorite", "TFocusURL", "TIEHistory", "TPreparedURL",
-                                           "TWhiteList", "TBlackList", "TSubList", "TRecommendDomain"}));
+                                           "TWhiteList", "TBlackList", "TSubList", "TRecommendDomain",
+                                           "TRecommendURL", "TZS", "TSubDomain", "TRecentHistory",
+                                           "TRecentHistory_Match", "TRecentDomain", "TRecentDomainTemp", "e2", "e3",
+                                           "j1", "h2", "z"}));
   std::set<std::string> indices = SchemaNames(DataFile("CorvaneAppDB.db"), "index");
   EXPECT_EQ(indices, (std::set<std::string>{"THistory_VisitTime", "THistory_VisitDate", "THistory_HideDate",
                                             "THistory_URL", "TFavorite_URL_Name_Path", "TFavorite_FixedURL", "TFocusURL_URL",

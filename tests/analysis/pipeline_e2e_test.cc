@@ -1,0 +1,145 @@
+// The analysis through the exports: deliveries of the scripted extraction
+// library, one forced update, and the tables it leaves. "Now" is
+// 2024-03-10 20:00.
+
+#include "analysis/analysis_host.h"
+
+namespace corvane::testing {
+namespace {
+
+TEST_F(AnalysisTest, WalkInsideASiteCountsOnlyItsEntryPage) {
+  // Newest first: a file page and a folder page on one host, then a file
+  // page and the bare address of a host under another main domain.
+  Visit("http://a.example.com/page.html", "2024-03-10 10:00:03.000");
+  Visit("http://a.example.com/dir/", "2024-03-10 10:00:02.000");
+  Visit("http://b.other.org/x.html", "2024-03-10 10:00:01.000");
+  Visit("http://b.other.org/", "2024-03-10 10:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Rows("select DayIndex, URL, OriginalURL from TPreparedURL"),
+            (std::vector<std::string>{"0|a.example.com/dir|http://a.example.com/dir/", "0|b.other.org|http://b.other.org/"}));
+}
+
+// Each case is one date with two visits, Last five seconds after Cur; Cur
+// is always counted at the end of its date.
+struct PairCase {
+  const char* last;
+  const char* cur;
+  bool lastCounted;
+};
+
+TEST_F(AnalysisTest, EveryRowOfThePairDecisionTable) {
+  const PairCase kCases[] = {
+      {"http://s1.com/a?x", "http://s1.com/b?y", false},             // same host, F-F, both dynamic
+      {"http://s2.com/a.html", "http://s2.com/b.html", false},       // same host, F-F, both plain
+      {"http://s3.com/a?x", "http://s3.com/b.html", true},           // same host, F-F, dynamic and plain
+      {"http://s4.com/a.html", "http://s4.com/", false},             // same host, F-P
+      {"http://s5.com/dir/", "http://s5.com/", true},                // same host, P-P
+      {"http://s6.com/", "http://s6.com/a.html", true},              // same host, P-F
+      {"http://d1.com/", "http://d2.com/", true},                    // other host, P-P
+      {"http://d3.com/", "http://d4.com/a.html", true},              // other host, P-F
+      {"http://www2.m1.com/a.html", "http://news.m1.com/", false},   // F-P under one main domain
+      {"http://x.m2.com/a.html", "http://y.m3.com/", true},          // F-P under two main domains
+      {"http://d5.com/a.html", "http://d6.com/b.html", true},        // other host, F-F
+      {"http://CASE.com/a.html", "http://case.com/", false},         // hosts differing in case are one host
+      {"https://s7.com", "https://s7.com/b.html", false},            // an https bare host is a file page
+  };
+  // One date per case, counting back from today across the end of February.
+  int day = 10;
+  for (const PairCase& pair : kCases) {
+    std::string date = day > 0 ? "2024-03-" + std::string(day < 10 ? "0" : "") + std::to_string(day)
+                               : "2024-02-" + std::to_string(29 + day);
+    Visit(pair.last, date + " 10:00:05.000");
+    Visit(pair.cur, date + " 10:00:00.000");
+    --day;
+  }
+  ASSERT_EQ(Update(), S_OK);
+  for (const PairCase& pair : kCases) {
+    std::string fixed = std::string(pair.last);
+    if (fixed.rfind("http://", 0) == 0) fixed = fixed.substr(7);
+    if (fixed.back() == '/') fixed.pop_back();
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + fixed + "'"), pair.lastCounted ? "1" : "0")
+        << pair.last << " before " << pair.cur;
+    std::string cur = std::string(pair.cur).substr(pair.cur[4] == 's' ? 0 : 7);
+    if (cur.back() == '/') cur.pop_back();
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + cur + "'"), "1") << pair.cur;
+  }
+}
+
+TEST_F(AnalysisTest, SameURLTwiceOnADateIsOneRowWithTheSumAndTheOlderStamp) {
+  Visit("http://one.com/a.html", "2024-03-10 12:00:00.000", 2);
+  Visit("http://other.net/", "2024-03-10 11:00:00.000");
+  Visit("http://one.com/a.html", "2024-03-10 10:00:00.000", 3);
+  Visit("http://third.org/", "2024-03-10 09:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Scalar("select VisitCount || ' ' || VisitTime from TPreparedURL where URL = 'one.com/a.html'"),
+            "5 2024.03.10 0 10:00:00.000");
+}
+
+TEST_F(AnalysisTest, TodayWithoutVisitsStartsAtDayIndexOne) {
+  Visit("http://a.com/", "2024-03-09 10:00:00.000");
+  Visit("http://b.com/", "2024-03-08 10:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Rows("select DayIndex, URL from TPreparedURL order by DayIndex"),
+            (std::vector<std::string>{"1|a.com", "2|b.com"}));
+}
+
+TEST_F(AnalysisTest, ScoresOfRecentAndLongStandingSites) {
+  // 10 visits on 3 days, the newest with index 1: (150 + 10) x 2.0.
+  Visit("http://recent.com/", "2024-03-09 10:00:00.000", 4);
+  Visit("http://recent.com/", "2024-03-08 10:00:00.000", 3);
+  Visit("http://recent.com/", "2024-03-07 10:00:00.000", 3);
+  // The same as a favourite: x 1.3.
+  Visit("http://liked.com/", "2024-03-09 11:00:00.000", 4);
+  Visit("http://liked.com/", "2024-03-08 11:00:00.000", 3);
+  Visit("http://liked.com/", "2024-03-07 11:00:00.000", 3);
+  Favorite("http://liked.com/");
+  // One visit on day index 9: (50 + 1) x 1.2, in h2. Day indexes count
+  // dates with visits: five more dates lie between.
+  for (int day = 2; day <= 6; ++day) Visit("http://filler.net/", "2024-03-0" + std::to_string(day) + " 10:00:00.000");
+  Visit("http://old.com/", "2024-03-01 10:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Scalar("select Score || ' ' || VisitCount || ' ' || AvgVisitCount from j1 where URL = 'recent.com'"),
+            "320 10 3");
+  EXPECT_EQ(Scalar("select Score from j1 where URL = 'liked.com'"), "416");
+  EXPECT_EQ(Scalar("select Score || ' ' || MainDomainName || ' ' || FullDomainName from h2 where URL = 'old.com'"),
+            "61 old.com old.com");
+  // The newest time of the URL and its newest name stand in the row.
+  EXPECT_EQ(Scalar("select count(*) from j1 where URL = 'recent.com'"), "1");
+}
+
+TEST_F(AnalysisTest, RecentOnlyUpToDayIndexSixLongStandingFromSeven) {
+  // Day indexes count dates with visits; today has one.
+  const char* kDates[] = {"2024-03-10", "2024-03-09", "2024-03-08", "2024-03-07",
+                          "2024-03-06", "2024-03-05", "2024-03-04", "2024-03-03"};
+  for (int i = 0; i < 8; ++i) Visit("http://filler" + std::to_string(i) + ".com/", std::string(kDates[i]) + " 08:00:00");
+  Visit("http://six.com/", "2024-03-04 09:00:00.000");
+  Visit("http://seven.com/", "2024-03-04 09:30:00.000");
+  Visit("http://seven.com/", "2024-03-03 09:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Scalar("select DayIndex from TPreparedURL where URL = 'six.com'"), "6");
+  EXPECT_EQ(Scalar("select count(*) from j1 where URL = 'six.com'"), "1");
+  EXPECT_EQ(Scalar("select count(*) from h2 where URL = 'seven.com'"), "1");
+  EXPECT_EQ(Scalar("select count(*) from j1 where URL = 'seven.com'"), "0");
+  // (2 days x 50 + 2) x 1.5 for the band of index 6.
+  EXPECT_EQ(Scalar("select Score from h2 where URL = 'seven.com'"), "153");
+}
+
+TEST_F(AnalysisTest, WhiteListedHostsBecomeDomainsAndTheRestSinglePages) {
+  WriteWhiteList(R"({"whitelist":[{"maindomain":"news.com","name":"News","domains":[{"domain":"www.news.com","name":"News home"}]}],
+                     "blacklist":[{"maindomain":"bad.com","name":"Bad","domains":[{"domain":"bad.com","name":"Bad"}]}]})");
+  for (int day = 1; day <= 9; ++day) {
+    std::string date = "2024-03-0" + std::to_string(day);
+    Visit("http://www.news.com/", date + " 09:00:00.000");
+    Visit("http://blog.me.org/", date + " 10:00:00.000");
+    Visit("http://bad.com/", date + " 11:00:00.000");
+  }
+  ASSERT_EQ(Update(), S_OK);
+  // "www." goes in the fixed form, so the host is matched by the main
+  // domain's own row of the white list.
+  EXPECT_EQ(Scalar("select Domain || ' ' || MainDomain from TRecommendDomain"), "news.com news.com");
+  EXPECT_EQ(Rows("select FixedURL from TRecommendURL"), std::vector<std::string>{"blog.me.org"});
+  EXPECT_EQ(Scalar("select count(*) from TWhiteList"), "2");
+}
+
+}  // namespace
+}  // namespace corvane::testing

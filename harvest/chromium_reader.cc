@@ -1,0 +1,115 @@
+// Reading a Chromium-family profile: History (SQLite, through a private
+// copy) and Bookmarks (JSON).
+
+#include <json/json.h>
+
+#include <fstream>
+#include <map>
+
+#include "common/debug_log.h"
+#include "common/local_clock.h"
+#include "common/utf.h"
+#include "harvest/private_copy.h"
+#include "harvest/profile_readers.h"
+
+namespace corvane::harvest {
+namespace {
+
+constexpr int64_t kWindowsEpochMicros = 11644473600LL * 1000000;
+constexpr uint32_t kCoreMask = 0xFF;
+constexpr uint32_t kAutoSubframe = 3;
+constexpr uint32_t kManualSubframe = 4;
+constexpr uint32_t kKeywordGenerated = 10;
+constexpr uint32_t kChainEnd = 0x20000000;
+
+bool TableExists(sqlite3* db, const char* table) {
+  sqlite3_stmt* stmt = nullptr;
+  bool exists = sqlite3_prepare_v2(db, "select 1 from sqlite_master where type = 'table' and name = ?", -1, &stmt,
+                                   nullptr) == SQLITE_OK &&
+                sqlite3_bind_text(stmt, 1, table, -1, SQLITE_STATIC) == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW;
+  sqlite3_finalize(stmt);
+  return exists;
+}
+
+// A visit the browser itself shows as one.
+bool IsChosenVisit(int64_t storedTransition) {
+  uint32_t transition = static_cast<uint32_t>(storedTransition);
+  uint32_t core = transition & kCoreMask;
+  return (transition & kChainEnd) != 0 && core != kAutoSubframe && core != kManualSubframe && core != kKeywordGenerated;
+}
+
+std::u16string Text16(sqlite3_stmt* stmt, int column) {
+  const unsigned char* text = sqlite3_column_text(stmt, column);
+  return text != nullptr ? FromUtf8(reinterpret_cast<const char*>(text)) : std::u16string();
+}
+
+void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t browser, ItemList* lpItems) {
+  if (!node.isObject() || !node["children"].isArray()) return;
+  for (const Json::Value& child : node["children"]) {
+    if (!child.isObject() || !child["type"].isString()) continue;
+    std::string type = child["type"].asString();
+    std::string name = child["name"].isString() ? child["name"].asString() : std::string();
+    if (type == "folder") {
+      AddBookmarks(child, path + "/" + name, browser, lpItems);
+    } else if (type == "url" && child["url"].isString()) {
+      lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, FromUtf8(name),
+                                                       FromUtf8(child["url"].asString()), FromUtf8(path), SYSTEMTIME{},
+                                                       0, 0));
+    }
+  }
+}
+
+}  // namespace
+
+void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+  PrivateCopy copy;
+  if (!copy.Open(profile + "/History")) return;
+  std::string sql =
+      "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition from visits v join urls u on "
+      "u.id = v.url where u.hidden = 0";
+  if (TableExists(copy.Handle(), "visit_source")) {
+    sql += " and v.id not in (select id from visit_source where source != 1)";
+  }
+  sql += " order by v.visit_time";
+  sqlite3_stmt* stmt = nullptr;
+  if (sqlite3_prepare_v2(copy.Handle(), sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
+    DebugLog("harvest: History of %s is not as expected: %s\n", profile.c_str(), sqlite3_errmsg(copy.Handle()));
+    sqlite3_finalize(stmt);
+    return;
+  }
+  while (sqlite3_step(stmt) == SQLITE_ROW) {
+    if (!IsChosenVisit(sqlite3_column_int64(stmt, 5))) continue;
+    SYSTEMTIME time{};
+    UnixMicrosToLocalTime(sqlite3_column_int64(stmt, 4) - kWindowsEpochMicros, &time);
+    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_HISTORY, browser, Text16(stmt, 1), Text16(stmt, 0),
+                                                     std::u16string(), time, sqlite3_column_int(stmt, 2),
+                                                     static_cast<uint32_t>(sqlite3_column_int(stmt, 3))));
+  }
+  sqlite3_finalize(stmt);
+}
+
+void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+  std::ifstream in(profile + "/Bookmarks", std::ios::binary);
+  if (!in) return;
+  Json::Value root;
+  Json::CharReaderBuilder builder;
+  builder["stackLimit"] = 256;
+  std::string errors;
+  try {
+    if (!Json::parseFromStream(builder, in, &root, &errors) || !root.isObject()) {
+      DebugLog("harvest: Bookmarks of %s can't be read: %s\n", profile.c_str(), errors.c_str());
+      return;
+    }
+  } catch (const std::exception& error) {
+    DebugLog("harvest: Bookmarks of %s can't be read: %s\n", profile.c_str(), error.what());
+    return;
+  }
+  // The browser shows its roots under localized names; these are ours.
+  const std::pair<const char*, const char*> kRoots[] = {
+      {"bookmark_bar", "Bookmarks bar"}, {"other", "Other bookmarks"}, {"synced", "Mobile bookmarks"}};
+  const Json::Value& roots = root["roots"];
+  if (!roots.isObject()) return;
+  for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, browser, lpItems);
+}
+
+}  // namespace corvane::harvest

@@ -1,0 +1,104 @@
+#include "harvest/default_browser.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "corvane/VisitHarvest.h"
+
+namespace corvane::harvest {
+namespace {
+
+std::string Env(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::stringstream in(text);
+  for (std::string part; std::getline(in, part, separator);) {
+    if (!part.empty()) parts.push_back(part);
+  }
+  return parts;
+}
+
+std::string Lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+// The value of x-scheme-handler/http in [Default Applications]; false when
+// the file or the key is missing.
+bool ReadHttpHandler(const std::string& path, std::string* lpValue) {
+  std::ifstream in(path);
+  bool inDefaults = false;
+  for (std::string line; std::getline(in, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty() && line.front() == '[') {
+      inDefaults = line == "[Default Applications]";
+      continue;
+    }
+    if (inDefaults && line.rfind("x-scheme-handler/http=", 0) == 0) {
+      *lpValue = line.substr(std::string("x-scheme-handler/http=").size());
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+std::vector<std::string> MimeAppsFiles() {
+  std::string home = Env("HOME");
+  std::string configHome = Env("XDG_CONFIG_HOME");
+  if (configHome.empty()) configHome = home + "/.config";
+  std::string configDirs = Env("XDG_CONFIG_DIRS");
+  if (configDirs.empty()) configDirs = "/etc/xdg";
+  std::string dataHome = Env("XDG_DATA_HOME");
+  if (dataHome.empty()) dataHome = home + "/.local/share";
+  std::string dataDirs = Env("XDG_DATA_DIRS");
+  if (dataDirs.empty()) dataDirs = "/usr/local/share:/usr/share";
+  std::vector<std::string> desktops = Split(Lower(Env("XDG_CURRENT_DESKTOP")), ':');
+  std::vector<std::string> files;
+  std::vector<std::string> configFolders = {configHome};
+  for (const std::string& folder : Split(configDirs, ':')) configFolders.push_back(folder);
+  for (const std::string& folder : configFolders) {
+    for (const std::string& desktop : desktops) files.push_back(folder + "/" + desktop + "-mimeapps.list");
+    files.push_back(folder + "/mimeapps.list");
+  }
+  files.push_back(dataHome + "/applications/mimeapps.list");
+  for (const std::string& folder : Split(dataDirs, ':')) files.push_back(folder + "/applications/mimeapps.list");
+  return files;
+}
+
+uint32_t BrowserOfDesktopFile(const std::string& desktopFile) {
+  static const std::pair<const char*, uint32_t> kDesktopFiles[] = {
+      {"google-chrome.desktop", BROWSER_CHROME},        {"google-chrome-beta.desktop", BROWSER_CHROME},
+      {"google-chrome-unstable.desktop", BROWSER_CHROME}, {"com.google.Chrome.desktop", BROWSER_CHROME},
+      {"chromium.desktop", BROWSER_CHROME},             {"chromium-browser.desktop", BROWSER_CHROME},
+      {"org.chromium.Chromium.desktop", BROWSER_CHROME}, {"chromium_chromium.desktop", BROWSER_CHROME},
+      {"firefox.desktop", BROWSER_FIREFOX},             {"firefox-esr.desktop", BROWSER_FIREFOX},
+      {"org.mozilla.firefox.desktop", BROWSER_FIREFOX}, {"firefox_firefox.desktop", BROWSER_FIREFOX},
+  };
+  for (const auto& [name, browser] : kDesktopFiles) {
+    if (desktopFile == name) return browser;
+  }
+  return BROWSER_NONE;
+}
+
+uint32_t DefaultBrowserFromMimeApps() {
+  for (const std::string& file : MimeAppsFiles()) {
+    std::string value;
+    if (!ReadHttpHandler(file, &value)) continue;
+    // The first file with the key decides; its first entry we read wins.
+    for (const std::string& desktop : Split(value, ';')) {
+      if (uint32_t browser = BrowserOfDesktopFile(desktop)) return browser;
+    }
+    return BROWSER_NONE;
+  }
+  return BROWSER_NONE;
+}
+
+}  // namespace corvane::harvest

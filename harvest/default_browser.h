@@ -1,0 +1,26 @@
+// default_browser.h: the user's default web browser from the XDG
+// mimeapps.list chain (x-scheme-handler/http), read without starting any
+// process. Only browsers that this library reads are named.
+
+#ifndef CORVANE_HARVEST_DEFAULT_BROWSER_H_
+#define CORVANE_HARVEST_DEFAULT_BROWSER_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace corvane::harvest {
+
+// The mimeapps.list files in the order in which they are asked.
+std::vector<std::string> MimeAppsFiles();
+
+// The browser value of a desktop file name; 0 for one we don't read.
+uint32_t BrowserOfDesktopFile(const std::string& desktopFile);
+
+// The first browser we read that the first file with the key names; 0 when
+// none.
+uint32_t DefaultBrowserFromMimeApps();
+
+}  // namespace corvane::harvest
+
+#endif  // CORVANE_HARVEST_DEFAULT_BROWSER_H_

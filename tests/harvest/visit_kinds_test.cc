@@ -1,0 +1,180 @@
+// Which visits the library keeps, on hand-made browser files whose every
+// row is a case; and damaged or busy files.
+
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "harvest/fixture/profile_fixture.h"
+#include "harvest/harvest_host.h"
+
+namespace corvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+void Exec(sqlite3* db, const std::string& sql) {
+  char* message = nullptr;
+  ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message), SQLITE_OK) << (message ? message : "");
+}
+
+std::vector<std::string> URLs(const std::vector<Delivered>& items) {
+  std::vector<std::string> urls;
+  for (const Delivered& item : items) urls.push_back(item.url);
+  return urls;
+}
+
+class VisitKindsTest : public HarvestTest {
+ protected:
+  VisitKindsTest() : m_tz("TZ", "UTC") {}
+
+  // A Chromium profile whose History holds exactly the given SQL.
+  std::string ChromiumHistory(const std::string& rows) {
+    std::string folder = Home() + "/.config/chromium/Default";
+    fs::create_directories(folder);
+    std::ofstream(Home() + "/.config/chromium/Local State") << R"({"profile":{"last_used":"Default"}})";
+    sqlite3* db = nullptr;
+    sqlite3_open((folder + "/History").c_str(), &db);
+    Exec(db, "create table urls(id INTEGER PRIMARY KEY, url LONGVARCHAR, title LONGVARCHAR, visit_count INTEGER, "
+             "typed_count INTEGER, last_visit_time INTEGER, hidden INTEGER);"
+             "create table visits(id INTEGER PRIMARY KEY, url INTEGER, visit_time INTEGER, from_visit INTEGER, "
+             "transition INTEGER, segment_id INTEGER, visit_duration INTEGER, originator_cache_guid TEXT);"
+             "create table visit_source(id INTEGER PRIMARY KEY, source INTEGER NOT NULL);" + rows);
+    sqlite3_close(db);
+    return folder + "/History";
+  }
+
+  test::ScopedEnv m_tz;
+};
+
+// 2024-03-05 09:07:03.041 UTC in Chromium's microseconds since 1601.
+constexpr char kTime[] = "13354103223041000";
+
+TEST_F(VisitKindsTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {
+  std::string rows;
+  // id, hidden, transition (as stored, signed), visit source (-1: none).
+  const struct {
+    int id;
+    int hidden;
+    int64_t transition;
+    int source;
+  } kRows[] = {
+      {1, 0, 0x30000000, -1},                              // link, whole chain: kept
+      {2, 0, 0x10000000, -1},                              // a redirect step: left out
+      {3, 0, static_cast<int32_t>(0xA0000000u), -1},       // landing page of a server redirect: kept
+      {4, 0, 0x30000003, -1},                              // automatic subframe
+      {5, 0, 0x30000004, -1},                              // manual subframe
+      {6, 0, 0x3000000A, -1},                              // generated keyword visit
+      {7, 1, 0x30000001, -1},                              // typed, but the URL is hidden
+      {8, 0, 0x30000001, 0},                               // typed on another device, synced
+      {9, 0, 0x30000008, 1},                               // reload, browsed here: kept
+  };
+  for (const auto& row : kRows) {
+    std::string id = std::to_string(row.id);
+    rows += "insert into urls values(" + id + ", 'https://u" + id + ".com/', 'T" + id + "', 3, 0, 0, " +
+            std::to_string(row.hidden) + ");";
+    rows += "insert into visits values(" + id + ", " + id + ", " + kTime + ", 0, " + std::to_string(row.transition) +
+            ", 0, 0, '');";
+    if (row.source >= 0) rows += "insert into visit_source values(" + id + ", " + std::to_string(row.source) + ");";
+  }
+  ChromiumHistory(rows);
+  std::vector<Delivered> visits = Extract(BROWSER_CHROME, EXTRACT_HISTORY);
+  EXPECT_EQ(URLs(visits), (std::vector<std::string>{"https://u1.com/", "https://u3.com/", "https://u9.com/"}));
+  ASSERT_FALSE(visits.empty());
+  const SYSTEMTIME& time = visits[0].time;
+  EXPECT_EQ(std::vector<int>({time.wYear, time.wMonth, time.wDay, time.wDayOfWeek, time.wHour, time.wMinute,
+                              time.wSecond, time.wMilliseconds}),
+            std::vector<int>({2024, 3, 5, 2, 9, 7, 3, 41}));
+  EXPECT_EQ(visits[0].name, "T1");
+  EXPECT_EQ(visits[0].count, 3);
+}
+
+TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsRedirectStepsDownloadsAndFrames) {
+  std::string error;
+  fixture::ProfileSpec spec;
+  spec.days = 1;
+  spec.visitsPerDay = 5;
+  spec.distinctUrls = 20;
+  spec.hosts = 10;
+  spec.bookmarks = 0;
+  spec.lastDay = "2024-03-05";
+  ASSERT_TRUE(fixture::WriteFirefoxProfile(Home(), spec, &error)) << error;
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(fixture::FirefoxPlacesPath(Home()).c_str(), &db), SQLITE_OK);
+  Exec(db, "delete from moz_historyvisits;");
+  for (int type = 1; type <= 9; ++type) {
+    std::string id = std::to_string(type);
+    Exec(db, "insert into moz_places(id, url, title, hidden, visit_count) values(" + std::to_string(1000 + type) +
+                 ", 'https://t" + id + ".org/', 'T', 0, 1);"
+                 "insert into moz_historyvisits(place_id, visit_date, visit_type) values(" +
+                 std::to_string(1000 + type) + ", 1709629623041000, " + id + ");");
+  }
+  sqlite3_close(db);
+  EXPECT_EQ(URLs(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY)),
+            (std::vector<std::string>{"https://t1.org/", "https://t2.org/", "https://t3.org/", "https://t9.org/"}));
+}
+
+TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {
+  std::string history = ChromiumHistory("insert into urls values(1, 'https://a.com/', 'A', 1, 0, 0, 0);"
+                                        "insert into visits values(1, 1, 13354103223041000, 0, 805306368, 0, 0, '');");
+  ASSERT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), 1u);
+  // Truncated in the middle of its pages.
+  fs::resize_file(history, fs::file_size(history) / 2);
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
+  // Garbage where a database should be.
+  std::ofstream(history, std::ios::trunc | std::ios::binary) << std::string(8192, '\x5a');
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
+  // Damaged bookmarks and a missing file.
+  std::ofstream(Home() + "/.config/chromium/Default/Bookmarks") << "{\"roots\": {\"bookmark_bar\": ";
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
+  fs::remove(history);
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
+}
+
+// Another process holds the database with an open write transaction, as a
+// running browser does: the read neither blocks nor sees the unfinished
+// write, nor does it disturb the writer.
+TEST_F(VisitKindsTest, ProfileHeldOpenAndWrittenByAnotherProcess) {
+  std::string error;
+  fixture::ProfileSpec spec;
+  spec.days = 2;
+  spec.visitsPerDay = 30;
+  spec.distinctUrls = 100;
+  spec.hosts = 20;
+  spec.bookmarks = 5;
+  spec.lastDay = "2024-03-05";
+  ASSERT_TRUE(fixture::WriteFirefoxProfile(Home(), spec, &error)) << error;
+  size_t committed = Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size();
+  int ready[2];
+  int done[2];
+  ASSERT_EQ(pipe(ready), 0);
+  ASSERT_EQ(pipe(done), 0);
+  pid_t child = fork();
+  if (child == 0) {
+    sqlite3* db = nullptr;
+    sqlite3_open(fixture::FirefoxPlacesPath(Home()).c_str(), &db);
+    sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; begin exclusive; insert into moz_historyvisits(place_id, "
+                     "visit_date, visit_type) values(1, 1709629623041000, 1);", nullptr, nullptr, nullptr);
+    char byte = 1;
+    static_cast<void>(write(ready[1], &byte, 1));
+    static_cast<void>(read(done[0], &byte, 1));
+    sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    _exit(0);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed);
+  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_FAVORITES).size(), 5u);
+  ASSERT_EQ(write(done[1], &byte, 1), 1);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 1);
+}
+
+}  // namespace
+}  // namespace corvane::testing

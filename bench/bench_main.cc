@@ -133,10 +133,31 @@ void SetEnvironment(const Profile& profile, const std::string& now) {
 
 struct Options {
   bool tiny = false;
+  bool quick = false;
   bool stress = false;
   bool keep = false;
   size_t repetitions = 200;
 };
+
+void PrintCalls(const std::vector<CallTiming>& calls, double* lpRecomMs) {
+  for (const CallTiming& call : calls) {
+    std::printf("%-22s median %8.3f ms  p99 %8.3f ms  over %zu calls%s\n", call.name.c_str(), call.medianMs,
+                call.p99Ms, call.calls, call.ok ? "" : "  (a call failed)");
+    if (call.name == "GetRecomURLs(20)") *lpRecomMs = call.medianMs;
+  }
+}
+
+}  // namespace
+
+int RunHostCalls(const std::string& appData, size_t repetitions) {
+  setenv("CORVANE_APPDATA", appData.c_str(), 1);
+  setenv("CORVANE_TEST_NOW", (std::string(kNextDay) + " 21:30:00").c_str(), 1);
+  double recomMs = 0;
+  PrintCalls(MeasureHostCalls(repetitions, u"news"), &recomMs);
+  return 0;
+}
+
+namespace {
 
 int RunBenchmark(const std::string& self, const Options& options) {
   ScratchFolder scratch(options.keep);
@@ -146,7 +167,9 @@ int RunBenchmark(const std::string& self, const Options& options) {
   std::vector<SizeResult> sizes;
   std::vector<std::pair<double, double>> growth;
   Profile heavy;
-  for (double scale : {1.0, 2.0, 4.0}) {
+  std::vector<double> scales = {1.0, 2.0, 4.0};
+  if (options.quick) scales = {1.0};
+  for (double scale : scales) {
     Profile profile;
     std::string root = scratch.Path() + "/x" + std::to_string(static_cast<int>(scale));
     std::string label = "first update " + std::to_string(static_cast<int>(scale)) + "x";
@@ -188,11 +211,7 @@ int RunBenchmark(const std::string& self, const Options& options) {
   // The host's calls, in this process, on the heavy profile's data folder.
   SetEnvironment(heavy, std::string(kNextDay) + " 21:30:00");
   double recomMs = 0;
-  for (const CallTiming& call : MeasureHostCalls(options.repetitions, u"news")) {
-    std::printf("%-22s median %8.3f ms  p99 %8.3f ms  over %zu calls%s\n", call.name.c_str(), call.medianMs,
-                call.p99Ms, call.calls, call.ok ? "" : "  (a call failed)");
-    if (call.name == "GetRecomURLs(20)") recomMs = call.medianMs;
-  }
+  PrintCalls(MeasureHostCalls(options.repetitions, u"news"), &recomMs);
 
   const SizeResult& first = sizes.front();
   double ratioFirst = first.importFloor.seconds > 0 ? first.first.seconds / first.importFloor.seconds : 0;
@@ -209,13 +228,17 @@ int main(int argc, char** argv) {
   CLI::App app{"Update and serving costs of the Corvane data provider on fixture profiles"};
   corvane::bench::Options options;
   bool child = false;
+  std::string hostCallsOn;
   app.add_flag("--tiny", options.tiny, "a few days of a few visits: checks that the benchmark works");
   app.add_flag("--stress", options.stress, "also the first update of 1,000,000 visits");
+  app.add_flag("--quick", options.quick, "only the heavy size: no growth exponent");
   app.add_flag("--keep", options.keep, "keep the scratch folder");
   app.add_option("--repetitions", options.repetitions, "calls per timed host call")->check(CLI::PositiveNumber);
   app.add_flag("--child-update", child, "internal: run one update and report it")->group("");
+  app.add_option("--host-calls-on", hostCallsOn, "only time the host calls on a kept data folder (for profiling)");
   CLI11_PARSE(app, argc, argv);
   if (child) return corvane::bench::ChildUpdateMain();
+  if (!hostCallsOn.empty()) return corvane::bench::RunHostCalls(hostCallsOn, options.repetitions);
   char self[4096];
   ssize_t length = readlink("/proc/self/exe", self, sizeof(self) - 1);
   if (length <= 0) return 2;

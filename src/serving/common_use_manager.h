@@ -15,6 +15,8 @@
 
 #include <map>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "corvane/CorvaneDataProvider.h"
 #include "platform/com_object.h"
@@ -66,7 +68,19 @@ class CCommonUseURLsManager final : public ComObject<IURLsManager, ICommonUseURL
   void RunDomainStage(Listing* listing);
   // Gives a domain record the sub-sites of its main domain; may hand back
   // another record that now leads (a promotion).
-  ComPtr<CURLInfo2> AttachSubSites(CCorvaneDB* db, const DomainRow& row, ComPtr<CURLInfo2> record);
+  // The sub-site rows of one main domain, best first, at most the number a
+  // record shows.
+  struct SubSiteRow {
+    std::u16string Domain;
+    std::u16string MainDomain;
+    uint64_t LastVisitTime;
+    uint32_t Score;
+    int32_t Hide;
+    std::u16string SubName;
+  };
+  using SubSiteMap = std::unordered_map<std::u16string, std::vector<SubSiteRow>>;
+  static SubSiteMap ReadSubSites(CCorvaneDB* db);
+  ComPtr<CURLInfo2> AttachSubSites(const SubSiteMap& subSites, const DomainRow& row, ComPtr<CURLInfo2> record);
   void RunSubDomainStage(Listing* listing);
   [[nodiscard]] HRESULT RunURLStage(Listing* listing, bool bPending);
   // Adds the record at the top level and marks its main domain as shown.

@@ -22,25 +22,6 @@ constexpr uint32_t kDomainRecord = 1;
 constexpr uint32_t kSubDomainRecord = 2;
 constexpr uint32_t kSubSiteEntry = 3;
 
-// One row of the sub-site query of a main domain.
-struct SubSiteRow {
-  std::u16string Domain;
-  std::u16string MainDomain;
-  uint64_t LastVisitTime;
-  uint32_t Score;
-  int32_t Hide;
-  std::u16string SubName;
-};
-
-SubSiteRow ReadSubSite(CSqliteStatement* stmt) {
-  return SubSiteRow{stmt->ColumnText16(0),
-                    stmt->ColumnText16(1),
-                    static_cast<uint64_t>(stmt->ColumnInt64(2)),
-                    static_cast<uint32_t>(stmt->ColumnInt64(3)),
-                    stmt->ColumnInt(4),
-                    stmt->ColumnText16(6)};
-}
-
 // The extra values every site record carries.
 void AddSiteExtras(CURLInfo2* record, const std::u16string& domain, const std::u16string& mainDomain,
                    uint64_t lastVisitTime, uint32_t weight, int32_t hide) {
@@ -101,6 +82,8 @@ HRESULT CCommonUseURLsManager::GetRecomURLs(uint32_t uStart, uint32_t uCount, IU
 void CCommonUseURLsManager::RunDomainStage(Listing* listing) {
   std::vector<DomainRow> rows;
   if (FAILED(listing->db->GetRecommendDomains(listing->bFocus, &rows))) return;
+  // One query for the sub-sites of all domains instead of one per domain.
+  const SubSiteMap subSites = ReadSubSites(listing->db);
   // No bound here: every eligible domain is listed, whatever uCount says.
   for (const DomainRow& row : rows) {
     if (listing->db->m_mapShownDomains.count(row.MainDomain) != 0) continue;
@@ -109,26 +92,39 @@ void CCommonUseURLsManager::RunDomainStage(Listing* listing) {
     static_cast<void>(record->SetInfo(row.ID, row.Name, u"www." + row.MainDomain));
     AddSiteExtras(record.Get(), row.Domain, row.MainDomain, row.LastVisitTime, row.Score, row.Hide);
     record->AddExtraInfoULong(u"WhiteList", kDomainRecord);
-    record = AttachSubSites(listing->db, row, std::move(record));
+    record = AttachSubSites(subSites, row, std::move(record));
     if (listing->bFocus) AddFocusID(listing->db, record.Get(), row.MainDomain);
     AddShown(listing, record.Get(), row.MainDomain);
   }
 }
 
-ComPtr<CURLInfo2> CCommonUseURLsManager::AttachSubSites(CCorvaneDB* db, const DomainRow& row,
+CCommonUseURLsManager::SubSiteMap CCommonUseURLsManager::ReadSubSites(CCorvaneDB* db) {
+  SubSiteMap subSites;
+  StatementPtr stmt;
+  if (FAILED(db->GetAllDomainSubSites(&stmt))) return subSites;
+  while (stmt->Step()) {
+    std::vector<SubSiteRow>& rows = subSites[stmt->ColumnText16(1)];
+    if (rows.size() >= kSubSiteCount) continue;
+    rows.push_back(SubSiteRow{stmt->ColumnText16(0), stmt->ColumnText16(1),
+                              static_cast<uint64_t>(stmt->ColumnInt64(2)), static_cast<uint32_t>(stmt->ColumnInt64(3)),
+                              stmt->ColumnInt(4), stmt->ColumnText16(6)});
+  }
+  return subSites;
+}
+
+ComPtr<CURLInfo2> CCommonUseURLsManager::AttachSubSites(const SubSiteMap& subSiteRows, const DomainRow& row,
                                                         ComPtr<CURLInfo2> record) {
   const uint32_t weight = record->ExtraULongOr(u"Weight", 0);
   bool bSawHome = false;
   bool bPromoted = false;
   ComPtr<CURLArray> subSites;
-  StatementPtr stmt;
-  if (SUCCEEDED(db->GetDomainSubSites(row.MainDomain, 0, kSubSiteCount, &stmt))) {
-    while (stmt->Step()) {
+  auto found = subSiteRows.find(row.MainDomain);
+  if (found != subSiteRows.end()) {
+    for (const SubSiteRow& site : found->second) {
       if (!subSites) {
         subSites.Reset(CreateObject<CURLArray>());
         if (!subSites) break;
       }
-      const SubSiteRow site = ReadSubSite(stmt.get());
       if (AsciiEqualsIgnoreCase(site.Domain, row.Domain)) continue;  // not its own sub-site
       ComPtr<CURLInfo2> entry(CreateObject<CURLInfo2>());
       if (!entry) continue;
@@ -155,7 +151,6 @@ ComPtr<CURLInfo2> CCommonUseURLsManager::AttachSubSites(CCorvaneDB* db, const Do
       }
     }
   }
-  stmt.reset();
   if (subSites) record->AddExtraInfoUnknown(u"SubDomain", subSites->AsUnknown());
   if (bSawHome && !bPromoted) {
     // The bare main domain stands in the list as the home page, so the

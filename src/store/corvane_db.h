@@ -197,6 +197,9 @@ class CCorvaneDB : public CSqliteDB {
   HRESULT GetRecommendDomains(bool bFocus, std::vector<DomainRow>* lpRows);
   HRESULT GetSubDomains(uint32_t uStart, uint32_t uCount, bool bFocus, StatementPtr* lppStmt);
   HRESULT GetDomainSubSites(std::u16string_view mainDomain, uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt);
+  // The rows of GetDomainSubSites for every main domain at once, by main
+  // domain and then in the order of that query.
+  HRESULT GetAllDomainSubSites(StatementPtr* lppStmt);
   HRESULT GetRecommendURLs(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus);
   HRESULT GetRecommendURLsByVisitCount(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus);
   HRESULT GetFocusID(std::u16string_view url, uint32_t* lpuID);

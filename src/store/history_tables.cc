@@ -39,8 +39,26 @@ struct Visit {
   uint32_t day = 0;
 };
 
-// The indexed columns of THistory; each index is named THistory_<column>.
-constexpr const char16_t* kHistoryIndexColumns[] = {u"VisitTime", u"VisitDate", u"HideDate", u"URL"};
+// The indices of THistory, by their columns; each is named THistory_ and
+// its columns joined by "_".
+struct IndexColumns {
+  const char16_t* first;
+  const char16_t* second;
+  const char16_t* third;
+};
+constexpr IndexColumns kHistoryIndices[] = {{u"VisitTime", nullptr, nullptr},
+                                            {u"VisitDate", nullptr, nullptr},
+                                            {u"HideDate", nullptr, nullptr},
+                                            {u"URL", nullptr, nullptr},
+                                            {u"HideDate", u"VisitDate", u"VisitTime"}};
+
+std::u16string IndexName(const IndexColumns& index) {
+  std::u16string name = u"THistory_" + std::u16string(index.first);
+  for (const char16_t* column : {index.second, index.third}) {
+    if (column != nullptr) name += u"_" + std::u16string(column);
+  }
+  return name;
+}
 
 std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
 
@@ -127,8 +145,8 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
   if (pExtractor == nullptr) return E_INVALIDARG;
   int32_t stored = 0;
   if (BeginTransaction()) {
-    for (const char16_t* column : kHistoryIndexColumns) {
-      static_cast<void>(Exec(u"drop index if exists THistory_" + std::u16string(column) + u";"));
+    for (const IndexColumns& index : kHistoryIndices) {
+      static_cast<void>(Exec(u"drop index if exists " + IndexName(index) + u";"));
     }
     StatementPtr insert = Prepare(kInsertHistory);
     uint32_t count = insert ? pExtractor->GetCount() : 0;
@@ -140,7 +158,9 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
       if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
     }
     insert.reset();
-    for (const char16_t* column : kHistoryIndexColumns) static_cast<void>(CreateIndex(schema::kHistory, column));
+    for (const IndexColumns& index : kHistoryIndices) {
+      static_cast<void>(CreateIndex(schema::kHistory, index.first, index.second, index.third));
+    }
     static_cast<void>(EndTransaction());
   }
   static_cast<void>(SetConfigInt(kAddHistoryCount, stored));

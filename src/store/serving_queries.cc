@@ -30,10 +30,16 @@ constexpr char16_t kSubDomainsSql[] =
     u"TSubDomain.MainDomain not in (@@@) and TSubDomain.Hide <= 0 and TSubDomain.Domain ### in (select URL from "
     u"TFocusURL) and TSubDomain.Domain = TNames.Domain order by Score desc, LastVisitTime desc limit ?, ?;";
 
+// Rows of equal score and time keep the order in which TZS holds them.
 constexpr char16_t kDomainSubSitesSql[] =
     u"select TZS.Domain, TZS.MainDomain, TZS.LastVisitTime, TZS.Score, TZS.Hide, TZS.T2Flag, TWhiteList.SubName "
     u"from TZS, TWhiteList where TZS.MainDomain = ? and TZS.Domain = TWhiteList.Domain order by Score desc, "
-    u"LastVisitTime desc limit ?, ?;";
+    u"LastVisitTime desc, TZS.rowid limit ?, ?;";
+
+constexpr char16_t kAllDomainSubSitesSql[] =
+    u"select TZS.Domain, TZS.MainDomain, TZS.LastVisitTime, TZS.Score, TZS.Hide, TZS.T2Flag, TWhiteList.SubName "
+    u"from TZS, TWhiteList where TZS.Domain = TWhiteList.Domain order by TZS.MainDomain, Score desc, "
+    u"LastVisitTime desc, TZS.rowid;";
 
 constexpr char16_t kRecommendURLsSql[] =
     u"select rowid, * from TRecommendURL where Hide <= 0 and URL ### in (select URL from TFocusURL) order by "
@@ -168,6 +174,14 @@ HRESULT PrepareRecommendURLs(CCorvaneDB* db, std::u16string_view sql, uint32_t u
 }
 
 }  // namespace
+
+HRESULT CCorvaneDB::GetAllDomainSubSites(StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(kAllDomainSubSitesSql);
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
 
 HRESULT CCorvaneDB::GetRecommendURLs(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus) {
   return PrepareRecommendURLs(this, kRecommendURLsSql, uStart, uCount, lppStmt, bFocus);

@@ -60,7 +60,9 @@ TEST_F(ProviderTest, FirstInitializeCreatesFolderDatabaseAndFiles) {
   EXPECT_EQ(indices, (std::set<std::string>{"THistory_VisitTime", "THistory_VisitDate", "THistory_HideDate",
                                             "THistory_URL", "TFavorite_URL_Name_Path", "TFavorite_FixedURL", "TFocusURL_URL",
                                             "TIEHistory_VisitTime", "TIEHistory_VisitDate", "TIEHistory_HideDate",
-                                            "TIEHistory_URL"}));
+                                            "TIEHistory_URL", "THistory_HideDate_VisitDate_VisitTime",
+                                            "TIEHistory_HideDate_VisitDate_VisitTime", "TRecommendURL_Weight_LastVisitTime",
+                                            "TRecommendURL_VisitCount_LastVisitTime", "TWhiteList_Domain"}));
   EXPECT_TRUE(std::filesystem::exists(DataFile("Settings.ini")));
   EXPECT_EQ(Config(u"LastUpdate"), u"2024.03.05 2 09:07:03.041");
   EXPECT_EQ(Config(u"LastUpdateBK"), u"");

@@ -1,5 +1,7 @@
 // The extraction object and the three exports of libVisitHarvest.so.
 
+#include <time.h>
+
 #include "common/debug_log.h"
 #include "corvane/VisitHarvest.h"
 #include "harvest/default_browser.h"
@@ -34,6 +36,8 @@ class HarvestExtractor final : public IExtractor {
   bool Extract(uint32_t uBrowser, uint32_t uKind) override {
     FreeItems();
     m_browser = uBrowser;
+    // The local zone, read once for every visit time of this delivery.
+    tzset();
     std::string profile = ProfileOf(uBrowser);
     if (profile.empty()) return false;
     bool chromium = uBrowser == BROWSER_CHROME;

@@ -37,7 +37,6 @@ void UnixMicrosToLocalTime(int64_t unixMicros, SYSTEMTIME* lpTime) {
     micros += 1000000;
     seconds -= 1;
   }
-  tzset();
   time_t t = static_cast<time_t>(seconds);
   struct tm local {};
   localtime_r(&t, &local);
@@ -49,6 +48,7 @@ void UnixMicrosToLocalTime(int64_t unixMicros, SYSTEMTIME* lpTime) {
 
 void GetLocalTime(SYSTEMTIME* lpTime) {
   if (ReadTestNow(lpTime)) return;
+  tzset();
   struct timespec now {};
   clock_gettime(CLOCK_REALTIME, &now);
   UnixMicrosToLocalTime(static_cast<int64_t>(now.tv_sec) * 1000000 + now.tv_nsec / 1000, lpTime);

@@ -15,7 +15,9 @@ namespace corvane {
 void GetLocalTime(SYSTEMTIME* lpTime);
 
 // Fills the calendar record from a Unix time in microseconds, in the local
-// zone; the day of the week comes from the date.
+// zone; the day of the week comes from the date. The zone is the one last
+// read by tzset: a caller converting many times calls tzset once first
+// (glibc looks at the zone file again on every tzset).
 void UnixMicrosToLocalTime(int64_t unixMicros, SYSTEMTIME* lpTime);
 
 }  // namespace corvane

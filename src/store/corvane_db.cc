@@ -45,6 +45,30 @@ std::u16string SqlQuote(std::u16string_view text) {
   return out;
 }
 
+namespace {
+
+StatementPtr PrepareWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = db->Prepare(sql);
+  int index = 0;
+  for (std::u16string_view text : texts) {
+    if (stmt && !stmt->BindText16(index++, text)) stmt.reset();
+  }
+  return stmt;
+}
+
+}  // namespace
+
+HRESULT ExecWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = PrepareWithTexts(db, sql, texts);
+  return stmt && stmt->Execute() ? S_OK : E_FAIL;
+}
+
+HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
+  StatementPtr stmt = PrepareWithTexts(db, sql, texts);
+  if (!stmt || !stmt->Step()) return E_FAIL;
+  return stmt->ColumnInt64(0) > 0 ? S_OK : S_FALSE;
+}
+
 bool IsDecimalId(std::u16string_view text) {
   if (text.empty() || text.size() > 18) return false;
   for (char16_t c : text) {

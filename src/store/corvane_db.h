@@ -229,6 +229,14 @@ std::u16string FillTemplate(std::u16string_view sqlTemplate, std::u16string_view
 // Text quoted as an SQL string literal: single quotes doubled, quotes added.
 std::u16string SqlQuote(std::u16string_view text);
 
+// Prepares the statement, binds the texts from index 0 on and runs it to
+// its end: S_OK when it ran, E_FAIL otherwise.
+HRESULT ExecWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts);
+
+// A "select count(*)" with the texts bound: S_OK above 0, S_FALSE at 0,
+// E_FAIL when it can't be asked.
+HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts);
+
 // True when the text is a decimal number that fits in 64 bits (ids that a
 // host passes as text are checked with it before they are bound).
 bool IsDecimalId(std::u16string_view text);

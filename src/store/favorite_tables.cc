@@ -16,29 +16,6 @@ namespace {
 
 std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
 
-// Runs a "select count(*)" with the texts bound in order: S_OK above 0,
-// S_FALSE at 0, E_FAIL when it can't be asked.
-HRESULT CountBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
-  StatementPtr stmt = db->Prepare(sql);
-  if (!stmt) return E_FAIL;
-  int index = 0;
-  for (std::u16string_view text : texts) {
-    if (!stmt->BindText16(index++, text)) return E_FAIL;
-  }
-  if (!stmt->Step()) return E_FAIL;
-  return stmt->ColumnInt64(0) > 0 ? S_OK : S_FALSE;
-}
-
-HRESULT ExecBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
-  StatementPtr stmt = db->Prepare(sql);
-  if (!stmt) return E_FAIL;
-  int index = 0;
-  for (std::u16string_view text : texts) {
-    if (!stmt->BindText16(index++, text)) return E_FAIL;
-  }
-  return stmt->Execute() ? S_OK : E_FAIL;
-}
-
 // Deletes every row and starts the table's numbering again.
 HRESULT ClearWithSequence(CCorvaneDB* db, std::u16string_view deleteSql, std::u16string_view sequenceSql) {
   bool deleted = db->Exec(deleteSql);
@@ -83,12 +60,12 @@ HRESULT CCorvaneDB::AddFavorites(IExtractor* pExtractor) {
 }
 
 HRESULT CCorvaneDB::FindFavorite(std::u16string_view fixedURL, std::u16string_view name, std::u16string_view path) {
-  return CountBound(this, u"select count(*) from TFavorite where FixedURL = ? And Name = ? And Path = ?;",
+  return CountWithTexts(this, u"select count(*) from TFavorite where FixedURL = ? And Name = ? And Path = ?;",
                     {fixedURL, name, path});
 }
 
 HRESULT CCorvaneDB::IsFavoriteURL(std::u16string_view fixedURL) {
-  return CountBound(this, u"select count(*) from TFavorite where FixedURL = ?;", {fixedURL});
+  return CountWithTexts(this, u"select count(*) from TFavorite where FixedURL = ?;", {fixedURL});
 }
 
 HRESULT CCorvaneDB::GetFavorites(uint32_t uLimit, StatementPtr* lppStmt) {
@@ -102,13 +79,13 @@ HRESULT CCorvaneDB::GetFavorites(uint32_t uLimit, StatementPtr* lppStmt) {
 }
 
 HRESULT CCorvaneDB::HideFavorite(std::u16string_view urlOrAll) {
-  if (AsciiEqualsIgnoreCase(urlOrAll, u"All")) return ExecBound(this, u"update TFavorite set HideDate = 1;", {});
-  return ExecBound(this, u"update TFavorite set HideDate = 1 where URL = ?;", {urlOrAll});
+  if (AsciiEqualsIgnoreCase(urlOrAll, u"All")) return ExecWithTexts(this, u"update TFavorite set HideDate = 1;", {});
+  return ExecWithTexts(this, u"update TFavorite set HideDate = 1 where URL = ?;", {urlOrAll});
 }
 
 HRESULT CCorvaneDB::HideFavoriteByID(std::u16string_view id) {
   // The rowid is compared as text: an id that is no number matches no row.
-  return ExecBound(this, u"update TFavorite set HideDate = 1 where rowid = ?;", {id});
+  return ExecWithTexts(this, u"update TFavorite set HideDate = 1 where rowid = ?;", {id});
 }
 
 HRESULT CCorvaneDB::ClearFavorites() {
@@ -119,11 +96,11 @@ HRESULT CCorvaneDB::ClearFavorites() {
 
 HRESULT CCorvaneDB::AddFocusURL(std::u16string_view name, std::u16string_view url) {
   if (FindFocusURL(name, url) == S_OK) return S_FALSE;
-  return ExecBound(this, u"insert into TFocusURL(Name, URL) values(?, ?);", {name, url});
+  return ExecWithTexts(this, u"insert into TFocusURL(Name, URL) values(?, ?);", {name, url});
 }
 
 HRESULT CCorvaneDB::FindFocusURL(std::u16string_view name, std::u16string_view url) {
-  return CountBound(this, u"select count(*) from TFocusURL where URL = ? And Name = ?;", {url, name});
+  return CountWithTexts(this, u"select count(*) from TFocusURL where URL = ? And Name = ?;", {url, name});
 }
 
 HRESULT CCorvaneDB::GetFocusURLs(StatementPtr* lppStmt) {
@@ -135,14 +112,14 @@ HRESULT CCorvaneDB::GetFocusURLs(StatementPtr* lppStmt) {
 }
 
 HRESULT CCorvaneDB::RemoveFocusURL(std::u16string_view url) {
-  return ExecBound(this, u"delete from TFocusURL where URL = ?;", {url});
+  return ExecWithTexts(this, u"delete from TFocusURL where URL = ?;", {url});
 }
 
 HRESULT CCorvaneDB::RemoveFocusByID(std::u16string_view id) {
   // The original statement puts the id in as a number: anything else would
   // not form a statement.
   if (!IsDecimalId(id)) return E_FAIL;
-  return ExecBound(this, u"delete from TFocusURL where ID = ?;", {id});
+  return ExecWithTexts(this, u"delete from TFocusURL where ID = ?;", {id});
 }
 
 HRESULT CCorvaneDB::ClearFocusURLs() {

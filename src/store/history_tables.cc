@@ -115,17 +115,6 @@ std::u16string LikePattern(std::u16string_view text) {
   return pattern;
 }
 
-// Prepares sql, binds the texts in order and runs it to its end.
-HRESULT ExecBound(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
-  StatementPtr stmt = db->Prepare(sql);
-  if (!stmt) return E_FAIL;
-  int index = 0;
-  for (std::u16string_view text : texts) {
-    if (!stmt->BindText16(index++, text)) return E_FAIL;
-  }
-  return stmt->Execute() ? S_OK : E_FAIL;
-}
-
 HRESULT PrepareInto(CCorvaneDB* db, std::u16string_view sql, StatementPtr* lppStmt) {
   if (lppStmt == nullptr) return E_POINTER;
   StatementPtr stmt = db->Prepare(sql);
@@ -300,67 +289,81 @@ HRESULT CCorvaneDB::MergeIEHistory(IExtractor* pExtractor) {
 }
 
 // ---- Listings ----
+//
+// THistory and TIEHistory share these listings; the table name comes from
+// schema.h only.
+
+namespace {
+
+HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(db,
+                     WithLimit(FillTemplate(u"select * from %s where HideDate = 0 order by VisitDate desc, VisitTime desc",
+                                            table),
+                               uLimit),
+                     lppStmt);
+}
+
+HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser,
+               StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_POINTER;
+  std::u16string sql = FillTemplate(
+      u"select * from %s where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0", table);
+  if (uBrowser != 0) sql += u" and  Browser = " + Number(uBrowser);
+  sql += u" order by VisitDate desc, VisitTime desc;";
+  StatementPtr stmt = db->Prepare(sql);
+  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
+}
+
+HRESULT ListDates(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, StatementPtr* lppStmt) {
+  return PrepareInto(db,
+                     FillTemplate(u"select distinct VisitDate, count(URL) as count from %s group by VisitDate order by "
+                                  u"VisitDate desc limit ",
+                                  table) +
+                         Number(uLimit) + u";",
+                     lppStmt);
+}
+
+HRESULT ListDate(CCorvaneDB* db, const char16_t* table, uint32_t uDayNumber, StatementPtr* lppStmt) {
+  return PrepareInto(db,
+                     FillTemplate(u"select URL, Name, VisitTime, VisitCount from %s where VisitDate = ", table) +
+                         Number(uDayNumber) + u" order by VisitTime desc;",
+                     lppStmt);
+}
+
+}  // namespace
 
 HRESULT CCorvaneDB::GetHistory(uint32_t uLimit, StatementPtr* lppStmt) {
-  return PrepareInto(this, WithLimit(u"select * from THistory where HideDate = 0 order by VisitDate desc, VisitTime desc",
-                                     uLimit),
-                     lppStmt);
+  return ListVisible(this, schema::kHistory, uLimit, lppStmt);
 }
 
 HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, StatementPtr* lppStmt, uint32_t uBrowser) {
-  if (lppStmt == nullptr) return E_POINTER;
-  std::u16string sql =
-      u"select * from THistory where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0";
-  if (uBrowser != 0) sql += u" and  Browser = " + Number(uBrowser);
-  sql += u" order by VisitDate desc, VisitTime desc;";
-  StatementPtr stmt = Prepare(sql);
-  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
-  *lppStmt = std::move(stmt);
-  return S_OK;
+  return Search(this, schema::kHistory, text, uBrowser, lppStmt);
 }
 
 HRESULT CCorvaneDB::GetHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {
-  return PrepareInto(this,
-                     u"select distinct VisitDate, count(URL) as count from THistory group by VisitDate order by "
-                     u"VisitDate desc limit " + Number(uLimit) + u";",
-                     lppStmt);
+  return ListDates(this, schema::kHistory, uLimit, lppStmt);
 }
 
 HRESULT CCorvaneDB::GetHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt) {
-  return PrepareInto(this,
-                     u"select URL, Name, VisitTime, VisitCount from THistory where VisitDate = " + Number(uDayNumber) +
-                         u" order by VisitTime desc;",
-                     lppStmt);
+  return ListDate(this, schema::kHistory, uDayNumber, lppStmt);
 }
 
 HRESULT CCorvaneDB::GetIEHistory(uint32_t uLimit, StatementPtr* lppStmt) {
-  return PrepareInto(
-      this, WithLimit(u"select * from TIEHistory where HideDate = 0 order by VisitDate desc, VisitTime desc", uLimit),
-      lppStmt);
+  return ListVisible(this, schema::kIEHistory, uLimit, lppStmt);
 }
 
 HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, StatementPtr* lppStmt) {
-  if (lppStmt == nullptr) return E_POINTER;
-  StatementPtr stmt = Prepare(
-      u"select * from TIEHistory where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0 order "
-      u"by VisitDate desc, VisitTime desc;");
-  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
-  *lppStmt = std::move(stmt);
-  return S_OK;
+  return Search(this, schema::kIEHistory, text, 0, lppStmt);
 }
 
 HRESULT CCorvaneDB::GetIEHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {
-  return PrepareInto(this,
-                     u"select distinct VisitDate, count(URL) as count from TIEHistory group by VisitDate order by "
-                     u"VisitDate desc limit " + Number(uLimit) + u";",
-                     lppStmt);
+  return ListDates(this, schema::kIEHistory, uLimit, lppStmt);
 }
 
 HRESULT CCorvaneDB::GetIEHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt) {
-  return PrepareInto(this,
-                     u"select URL, Name, VisitTime, VisitCount from TIEHistory where VisitDate = " +
-                         Number(uDayNumber) + u" order by VisitTime desc;",
-                     lppStmt);
+  return ListDate(this, schema::kIEHistory, uDayNumber, lppStmt);
 }
 
 // Puts a "/" in front of each character that like or the escape itself
@@ -383,8 +386,8 @@ HRESULT CCorvaneDB::HideHistory(std::u16string_view urlOrAll, uint32_t uBrowser)
   bool all = IsAllWord(urlOrAll);
   if (!all) sql += u" where URL = ?";
   if (uBrowser != 0) sql += (all ? u" where Browser = " : u" and Browser = ") + Number(uBrowser);
-  if (all) return ExecBound(this, sql, {});
-  return ExecBound(this, sql, {urlOrAll});
+  if (all) return ExecWithTexts(this, sql, {});
+  return ExecWithTexts(this, sql, {urlOrAll});
 }
 
 HRESULT CCorvaneDB::HideHistoryByID(std::u16string_view id, uint32_t uBrowser) {
@@ -392,12 +395,12 @@ HRESULT CCorvaneDB::HideHistoryByID(std::u16string_view id, uint32_t uBrowser) {
   if (!IsDecimalId(id)) return E_FAIL;
   std::u16string sql = u"update THistory set HideDate = 1 where HID = ?";
   if (uBrowser != 0) sql += u" and Browser = " + Number(uBrowser);
-  return ExecBound(this, sql, {id});
+  return ExecWithTexts(this, sql, {id});
 }
 
 HRESULT CCorvaneDB::HideIEHistory(std::u16string_view urlOrAll) {
-  HRESULT hr = IsAllWord(urlOrAll) ? ExecBound(this, u"update TIEHistory set HideDate = 1;", {})
-                                   : ExecBound(this, u"update TIEHistory set HideDate = 1 where URL = ?;", {urlOrAll});
+  HRESULT hr = IsAllWord(urlOrAll) ? ExecWithTexts(this, u"update TIEHistory set HideDate = 1;", {})
+                                   : ExecWithTexts(this, u"update TIEHistory set HideDate = 1 where URL = ?;", {urlOrAll});
   if (FAILED(hr)) return E_FAIL;
   return HideHistory(urlOrAll, BROWSER_IE);
 }
@@ -408,7 +411,7 @@ HRESULT CCorvaneDB::HideIEHistoryByID(std::u16string_view id) {
   if (!select || !select->BindText16(0, id) || !select->Step()) return E_FAIL;
   std::u16string url = select->ColumnText16(0);
   select.reset();
-  if (FAILED(ExecBound(this, u"update TIEHistory set HideDate = 1 where HID = ?;", {id}))) return E_FAIL;
+  if (FAILED(ExecWithTexts(this, u"update TIEHistory set HideDate = 1 where HID = ?;", {id}))) return E_FAIL;
   // Every IE row of that URL in THistory is hidden with it.
   return HideHistory(url, BROWSER_IE);
 }

@@ -3,6 +3,7 @@
 // one map across all dates, goes straight into TRecommendURL.
 
 #include "analysis/update_driver.h"
+#include "analysis/visit_counts.h"
 #include "common/time_stamp.h"
 #include "common/url_util.h"
 #include "settings/score_settings.h"
@@ -27,7 +28,7 @@ void SumDate(CSqliteStatement* stmt, int32_t dayIndex, PreparedMap* lpMap) {
     if (found != lpMap->end()) {
       CPreparedURL& record = found->second;
       record.mergedRows += 1;
-      record.VisitCount += count;
+      record.VisitCount = AddCounts(record.VisitCount, count);
       if (record.lastDayIndex != dayIndex) {
         record.dayCount += 1;
         record.lastDayIndex = dayIndex;

@@ -10,6 +10,7 @@
 #include "analysis/often_table_builder.h"
 #include "analysis/sub_list.h"
 #include "analysis/update_driver.h"
+#include "analysis/visit_counts.h"
 #include "common/debug_log.h"
 #include "common/time_stamp.h"
 #include "common/url_util.h"
@@ -106,7 +107,7 @@ void AddIERow(int32_t dayIndex, const VisitRow& row, PreparedMap* lpMap, HostTim
   if (found != lpMap->end()) {
     CPreparedURL& record = found->second;
     record.mergedRows += 1;
-    record.VisitCount += row.count;
+    record.VisitCount = AddCounts(record.VisitCount, row.count);
     record.VisitTime = row.time;
     if (record.lastDayIndex != dayIndex) {
       record.dayCount += 1;
@@ -181,7 +182,7 @@ HRESULT CUpdateDriver::AddLastURL(int32_t nDayIndex, const CPreparedURL& last, P
   if (found != lpMap->end()) {
     CPreparedURL& record = found->second;
     record.mergedRows += 1;
-    record.VisitCount += last.rowVisitCount;
+    record.VisitCount = AddCounts(record.VisitCount, last.rowVisitCount);
     record.VisitTime = last.VisitTime;
     if (record.lastDayIndex != nDayIndex) {
       record.dayCount += 1;

@@ -1,9 +1,18 @@
 #include "analysis/h1_element.h"
 
+#include <cmath>
+#include <limits>
+
 namespace corvane {
 
 int32_t CH1URLElement::RoundScore(float score) {
-  return static_cast<int32_t>(static_cast<double>(score) + 0.5);
+  double rounded = static_cast<double>(score) + 0.5;
+  // A score out of the range of the column (only hostile visit counts get
+  // there) is held at its bound; converting it would be undefined.
+  if (std::isnan(rounded)) return 0;
+  if (rounded >= 2147483647.0) return std::numeric_limits<int32_t>::max();
+  if (rounded <= -2147483648.0) return std::numeric_limits<int32_t>::min();
+  return static_cast<int32_t>(rounded);
 }
 
 void CH1URLElement::AddEntry(std::u16string_view name, std::u16string_view url, std::u16string_view originalURL,

@@ -8,6 +8,7 @@
 #include "analysis/h1_element.h"
 #include "analysis/sub_list.h"
 #include "analysis/url_elements.h"
+#include "analysis/visit_counts.h"
 #include "common/url_util.h"
 #include "settings/score_settings.h"
 #include "store/corvane_db.h"
@@ -128,9 +129,9 @@ void COftenTableBuilder::CollectDayStats(CCorvaneDB* pDB, std::u16string_view so
     lpMap->m_nDayCount = std::max(lpMap->m_nDayCount, dayIndex + 1);
     URLDayStat& stat = lpMap->stats[std::move(url)];
     if (dayIndex < m_nRecentDays) {
-      stat.recentVisits += visits;
+      stat.recentVisits = AddCounts(stat.recentVisits, visits);
     } else {
-      stat.olderVisits += visits;
+      stat.olderVisits = AddCounts(stat.olderVisits, visits);
     }
     if (dayIndex >= 0 && dayIndex < 64) stat.dayMask[dayIndex / 32] |= 1u << (dayIndex % 32);
   }
@@ -187,7 +188,7 @@ void COftenTableBuilder::BuildETables(CCorvaneDB* pDB, std::u16string_view sourc
 }
 
 float COftenTableBuilder::Score(const URLDayStat& stat, std::u16string_view fixedURL) const {
-  int32_t base = m_nDayScore * stat.Days() + m_nVisitScore * stat.Total();
+  int32_t base = AddCounts(MultiplyCounts(m_nDayScore, stat.Days()), MultiplyCounts(m_nVisitScore, stat.Total()));
   float weight = m_pSettings->GetRecencyWeight(static_cast<uint32_t>(stat.Newest()));
   float factor = m_pDB->IsFavoriteURL(fixedURL) == S_OK ? m_fFavoriteFactor : 1.0f;
   float score = static_cast<float>(base) * weight;

@@ -18,6 +18,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "analysis/visit_counts.h"
+
 namespace corvane {
 
 class CCorvaneDB;
@@ -30,7 +32,7 @@ struct URLDayStat {
   int32_t recentVisits = 0;
   int32_t olderVisits = 0;
 
-  int32_t Total() const { return recentVisits + olderVisits; }
+  int32_t Total() const { return AddCounts(recentVisits, olderVisits); }
   int32_t Days() const;
   // The smallest day index with a row; 0 when there is none.
   int32_t Newest() const;

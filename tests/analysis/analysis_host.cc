@@ -23,6 +23,15 @@ void AnalysisTest::Visit(const std::string& url, const std::string& time, int co
   m_fixture.history[BROWSER_CHROME].push_back(FakeItem{name, url, "", time, count});
 }
 
+void AnalysisTest::UseIEOnly() {
+  m_fixture.installed = {BROWSER_IE};
+  m_fixture.defaultBrowser = BROWSER_IE;
+}
+
+void AnalysisTest::IEVisit(const std::string& url, const std::string& time, int count, const std::string& name) {
+  m_fixture.history[BROWSER_IE].push_back(FakeItem{name, url, "", time, count});
+}
+
 void AnalysisTest::Favorite(const std::string& url) {
   m_fixture.favorites[BROWSER_CHROME].push_back(FakeItem{"Favourite", url, "Bookmarks bar", ""});
 }
@@ -66,6 +75,31 @@ std::vector<std::string> AnalysisTest::Rows(const std::string& sql) const {
 std::string AnalysisTest::Scalar(const std::string& sql) const {
   std::vector<std::string> rows = Rows(sql);
   return rows.empty() ? "" : rows.front();
+}
+
+std::string AnalysisTest::Config(const std::string& key) const {
+  std::ifstream file(DataFile("DBConfig.ini"));
+  std::string line;
+  while (std::getline(file, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.rfind(key + "=", 0) == 0) return line.substr(key.size() + 1);
+  }
+  return "";
+}
+
+std::vector<std::string> AnalysisTest::ClassificationLines(const std::string& logPath) const {
+  const std::string kPrefix = "!!!!!AnalyzeProc() ";
+  std::vector<std::string> lines;
+  std::ifstream file(logPath);
+  std::string line;
+  while (std::getline(file, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (line.rfind(kPrefix, 0) != 0) continue;
+    // Each update starts with its settings line: keep the last update only.
+    if (line.rfind(kPrefix + "Settings:", 0) == 0) lines.clear();
+    lines.push_back(line.substr(kPrefix.size()));
+  }
+  return lines;
 }
 
 }  // namespace corvane::testing

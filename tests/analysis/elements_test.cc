@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "analysis/domain_element.h"
 #include "analysis/element_base.h"
 #include "analysis/h1_element.h"
@@ -60,6 +62,22 @@ TEST_F(ElementsTest, FullListRefusesTiesAndEvictsTheLastForABetterEntry) {
   EXPECT_EQ(list.Count(), 3);
 }
 
+TEST_F(ElementsTest, ALimitOfOneKeepsTheBestEntryOnly) {
+  SetElementLimits(10, 1);
+  std::vector<std::unique_ptr<E1Entry>> owned;
+  CE3URLElement list;
+  owned.push_back(Entry(u"a", 3));
+  list.AddEntry(owned.back().get(), true);
+  EXPECT_EQ(list.Count(), 1);
+  owned.push_back(Entry(u"b", 3));
+  list.AddEntry(owned.back().get(), true);
+  owned.push_back(Entry(u"c", 4));
+  list.AddEntry(owned.back().get(), true);
+  EXPECT_EQ(Ranked(list), std::vector<std::u16string>{u"c"});
+  ASSERT_EQ(list.Entries().size(), 1u);
+  EXPECT_FALSE(list.FindURL(u"a"));
+}
+
 TEST_F(ElementsTest, NoBoundBeforeTheLimitsAreSet) {
   SetElementLimits(-1, 0);
   std::vector<std::unique_ptr<E1Entry>> owned;
@@ -105,6 +123,10 @@ TEST_F(ElementsTest, ScoresRoundHalfUp) {
   EXPECT_EQ(CH1URLElement::RoundScore(319.5f), 320);
   EXPECT_EQ(CH1URLElement::RoundScore(319.49f), 319);
   EXPECT_EQ(CH1URLElement::RoundScore(0.0f), 0);
+  // Out of the column's range: held at the bound instead of undefined.
+  EXPECT_EQ(CH1URLElement::RoundScore(1e10f), 2147483647);
+  EXPECT_EQ(CH1URLElement::RoundScore(-1e10f), -2147483647 - 1);
+  EXPECT_EQ(CH1URLElement::RoundScore(std::numeric_limits<float>::quiet_NaN()), 0);
   CH1URLElement scored;
   scored.AddEntry(u"N", u"a.com", u"http://a.com/", 1, 3, 1, 61.2f, false);
   scored.AddEntry(u"N", u"a.com", u"http://a.com/", 2, 3, 1, 99.0f, true);

@@ -63,5 +63,24 @@ TEST_F(IEOnlyTest, VisitsOfOneURLAddUpAcrossDates) {
   EXPECT_EQ(Scalar(u"select count(*) from TRecommendURL where Domain = 'other.com'"), u"1");
 }
 
+TEST_F(IEOnlyTest, TwoVisitsOfADateAreOneDayAndHugeCountsWrap) {
+  IERow(u"http://twice.com/", u"2024.03.09 6 12:00:00.000", 154565, 3);
+  IERow(u"http://twice.com/", u"2024.03.09 6 10:00:00.000", 154565, 4);
+  IERow(u"http://huge.com/", u"2024.03.09 6 09:00:00.000", 154565, 2147483647);
+  IERow(u"http://huge.com/", u"2024.03.08 5 09:00:00.000", 154564, 2147483647);
+  CUpdateDriver driver(&m_db, &m_settings);
+  ASSERT_EQ(driver.AnalyzeIEOnly(), S_OK);
+  EXPECT_EQ(Scalar(u"select VisitCount || ' ' || AvgVisitCount from TRecommendURL where FixedURL = 'twice.com'"),
+            u"7 7");
+  EXPECT_EQ(Scalar(u"select VisitCount || ' ' || AvgVisitCount from TRecommendURL where FixedURL = 'huge.com'"),
+            u"-2 -1");
+}
+
+TEST_F(IEOnlyTest, WithoutTheSnapshotTableTheDatesCannotBeRead) {
+  ASSERT_TRUE(m_db.Exec(u"drop table TIEHistory;"));
+  CUpdateDriver driver(&m_db, &m_settings);
+  EXPECT_EQ(driver.AnalyzeIEOnly(), E_FAIL);
+}
+
 }  // namespace
 }  // namespace corvane

@@ -85,9 +85,9 @@ TEST_F(AnalysisTest, TodayWithoutVisitsStartsAtDayIndexOne) {
 
 TEST_F(AnalysisTest, ScoresOfRecentAndLongStandingSites) {
   // 10 visits on 3 days, the newest with index 1: (150 + 10) x 2.0.
-  Visit("http://recent.com/", "2024-03-09 10:00:00.000", 4);
-  Visit("http://recent.com/", "2024-03-08 10:00:00.000", 3);
-  Visit("http://recent.com/", "2024-03-07 10:00:00.000", 3);
+  Visit("http://recent.com/", "2024-03-09 10:00:00.000", 4, "Newest");
+  Visit("http://recent.com/", "2024-03-08 10:00:00.000", 3, "Middle");
+  Visit("http://recent.com/", "2024-03-07 10:00:00.000", 3, "Oldest");
   // The same as a favourite: x 1.3.
   Visit("http://liked.com/", "2024-03-09 11:00:00.000", 4);
   Visit("http://liked.com/", "2024-03-08 11:00:00.000", 3);
@@ -103,8 +103,16 @@ TEST_F(AnalysisTest, ScoresOfRecentAndLongStandingSites) {
   EXPECT_EQ(Scalar("select Score from j1 where URL = 'liked.com'"), "416");
   EXPECT_EQ(Scalar("select Score || ' ' || MainDomainName || ' ' || FullDomainName from h2 where URL = 'old.com'"),
             "61 old.com old.com");
-  // The newest time of the URL and its newest name stand in the row.
+  // Three days give one row, with the sum of the visits, the newest time
+  // of the URL and the name of its newest day.
+  EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = 'recent.com'"), "3");
   EXPECT_EQ(Scalar("select count(*) from j1 where URL = 'recent.com'"), "1");
+  EXPECT_EQ(Scalar("select j1.Name from j1 join TPreparedURL p on p.URL = j1.URL and p.DayIndex = 1 "
+                   "and j1.LastVisitTime = p.VisitTimeLong where j1.URL = 'recent.com'"),
+            "Newest");
+  EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = 'recent.com' and VisitTimeLong > "
+                   "(select LastVisitTime from j1 where URL = 'recent.com')"),
+            "0");
 }
 
 TEST_F(AnalysisTest, RecentOnlyUpToDayIndexSixLongStandingFromSeven) {
@@ -122,6 +130,36 @@ TEST_F(AnalysisTest, RecentOnlyUpToDayIndexSixLongStandingFromSeven) {
   EXPECT_EQ(Scalar("select count(*) from j1 where URL = 'seven.com'"), "0");
   // (2 days x 50 + 2) x 1.5 for the band of index 6.
   EXPECT_EQ(Scalar("select Score from h2 where URL = 'seven.com'"), "153");
+}
+
+TEST_F(AnalysisTest, TheDayIndexPastTheSpanCountsInTheStatsOnly) {
+  // Today has no visits and 21 dates have: the oldest gets day index 21,
+  // one past the span of the scored tables.
+  std::vector<std::string> dates;
+  for (int day = 9; day >= 1; --day) dates.push_back("2024-03-0" + std::to_string(day));
+  for (int day = 29; day >= 18; --day) dates.push_back("2024-02-" + std::to_string(day));
+  for (const std::string& date : dates) Visit("http://filler.com/", date + " 08:00:00.000");
+  Visit("http://both.com/", "2024-03-09 10:00:00.000");
+  Visit("http://both.com/", "2024-02-18 10:00:00.000");
+  Visit("http://edge.com/", "2024-02-18 11:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Scalar("select DayIndex from TPreparedURL where URL = 'edge.com'"), "21");
+  EXPECT_EQ(Scalar("select count(*) from h2 where URL = 'edge.com'") + Scalar("select count(*) from j1 where URL = 'edge.com'"),
+            "00");
+  // Its visit on index 21 still makes both.com long-standing, with 2 days
+  // and 2 visits in its score: (100 + 2) x 2.0.
+  EXPECT_EQ(Scalar("select VisitCount || ' ' || AvgVisitCount || ' ' || Score from h2 where URL = 'both.com'"),
+            "2 1 204");
+}
+
+TEST_F(AnalysisTest, AFavouriteWithAnApostropheIsStillAFavourite) {
+  Visit("http://q.com/it's/", "2024-03-09 10:00:00.000");
+  Visit("http://plain.com/", "2024-03-09 09:00:00.000");
+  Favorite("http://q.com/it's/");
+  ASSERT_EQ(Update(), S_OK);
+  // (50 + 1) x 2.0 x 1.3 = 132.6
+  EXPECT_EQ(Scalar("select Score from j1 where URL = 'q.com/it''s'"), "133");
+  EXPECT_EQ(Scalar("select Score from j1 where URL = 'plain.com'"), "102");
 }
 
 TEST_F(AnalysisTest, WhiteListedHostsBecomeDomainsAndTheRestSinglePages) {

@@ -24,8 +24,13 @@ struct H1Entry {
 
 class CH1URLElement {
  public:
+  CH1URLElement() = default;
+  virtual ~CH1URLElement() = default;
+  CH1URLElement(const CH1URLElement&) = delete;
+  CH1URLElement& operator=(const CH1URLElement&) = delete;
+
   // The score is rounded half up: 319.5 gives 320, 319.49 gives 319.
-  void AddEntry(std::u16string_view name, std::u16string_view url, std::u16string_view originalURL, int64_t time,
+  virtual void AddEntry(std::u16string_view name, std::u16string_view url, std::u16string_view originalURL, int64_t time,
                 int32_t visitCount, int32_t avgVisitCount, float score, bool dedupe);
   H1Entry* FindURL(std::u16string_view url) const;
   const std::vector<std::unique_ptr<H1Entry>>& Entries() const { return m_entries; }

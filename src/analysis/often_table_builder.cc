@@ -1,5 +1,6 @@
 #include "analysis/often_table_builder.h"
 
+#include <algorithm>
 #include <bit>
 #include <vector>
 
@@ -150,9 +151,10 @@ void COftenTableBuilder::FillDayDomains(CCorvaneDB* pDB, std::u16string_view sou
 
 void COftenTableBuilder::BuildETables(CCorvaneDB* pDB, std::u16string_view source, const URLDayStatMap& map,
                                       std::u16string_view e2, std::u16string_view e3) const {
-  int32_t days = m_nDays;
-  if (map.m_nDayCount > 0 && map.m_nDayCount < days) days = map.m_nDayCount;
-  if (days <= 0) days = 0;
+  // One element per day index up to the newest row's, never more than the
+  // span. Without counted rows no element would be filled, so none is made:
+  // a span of millions of days from the settings costs nothing then.
+  int32_t days = std::max(std::min(m_nDays, map.m_nDayCount), 0);
   std::vector<CEURLDomainElement> domains(static_cast<size_t>(days));
   FillDayDomains(pDB, source, domains.data(), days);
   StatementPtr stmt = pDB->Prepare(kRowsSelect + std::u16string(source));

@@ -33,6 +33,11 @@ struct E1Entry {
 
 class CE1URLElement {
  public:
+  CE1URLElement() = default;
+  virtual ~CE1URLElement() = default;
+  CE1URLElement(const CE1URLElement&) = delete;
+  CE1URLElement& operator=(const CE1URLElement&) = delete;
+
   // Keeps the URL when its main domain stands in the day's domain list.
   void AddEntry(const CEURLDomainElement& domains, std::u16string_view name, std::u16string_view url,
                 std::u16string_view originalURL, bool recentOnly, int64_t time, int32_t visitCount);
@@ -44,7 +49,10 @@ class CE1URLElement {
 
 class CE2URLElement {
  public:
+  CE2URLElement() = default;
   virtual ~CE2URLElement() = default;
+  CE2URLElement(const CE2URLElement&) = delete;
+  CE2URLElement& operator=(const CE2URLElement&) = delete;
   // With dedupe set, a URL already held is not added again.
   virtual void AddEntry(E1Entry* entry, bool dedupe);
   bool FindURL(std::u16string_view url) const;

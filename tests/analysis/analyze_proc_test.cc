@@ -6,6 +6,7 @@
 #include "analysis/update_driver.h"
 #include "common/utf.h"
 #include "settings/score_settings.h"
+#include "settings/setting_parse.h"
 #include "store/corvane_db.h"
 #include "support/test_host.h"
 
@@ -41,6 +42,26 @@ TEST_F(AnalyzeProcTest, EmptyHistoryStillBuildsEveryScoredTableEmpty) {
   }
   // Recreated with the columns of the scored tables.
   EXPECT_EQ(Scalar(u"select count(*) from pragma_table_info('j1') where name = 'Score'"), u"1");
+}
+
+TEST_F(AnalyzeProcTest, AHugeSpanInTheSettingsCostsNothingWithoutVisits) {
+  CSettingParse saver(nullptr);
+  ASSERT_GE(saver.SaveSetting(u"Name@Wide|Default@true|Ver@1|Score@"
+                              u"{0,2000000000,50,1,130,2.0,7,{10,2,7,7,1,15,15},{0,0,0,0,0,0,0,0}};"
+                              u"|Setting@{7,{7,3}}",
+                              1),
+            kSettingInForce);
+  m_settings.Reload();
+  ASSERT_EQ(m_settings.GetMaxDays(), 2000000000u);
+  CUpdateDriver driver(&m_db, &m_settings);
+  EXPECT_EQ(driver.AnalyzeProc(2), S_OK);
+  EXPECT_EQ(Scalar(u"select count(*) from e3"), u"0");
+  // With one visit the span is that of the rows: one day.
+  ASSERT_TRUE(m_db.Exec(u"insert into THistory values(null, 'N', 'http://a.com/', 2, "
+                        u"'2024.03.10 0 10:00:00.000', 154566, 0, 2);"));
+  EXPECT_EQ(driver.AnalyzeProc(2), S_OK);
+  EXPECT_EQ(Scalar(u"select URL || ' ' || Score from j1"), u"a.com 104");
+  EXPECT_EQ(Scalar(u"select URL || ' ' || VisitCount from e2"), u"a.com 2");
 }
 
 TEST_F(AnalyzeProcTest, WithoutAHistoryTableOnlyThePreparedRowsAreGone) {

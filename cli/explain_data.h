@@ -1,0 +1,62 @@
+// explain_data.h: what the data folder's database says about one URL or
+// host, read for the explain command.
+//
+// The component has no query for why a site ranks where it does, so the
+// host opens CorvaneAppDB.db READ-ONLY and reads the analysis tables (h2,
+// j1, z, TPreparedURL), the recommendation tables and the reference tables.
+// Every value from the command line is bound as a parameter; table names
+// come from the store's schema constants. A table that does not exist yet
+// (no update has run) simply gives no rows.
+
+#ifndef CORVANE_CLI_EXPLAIN_DATA_H_
+#define CORVANE_CLI_EXPLAIN_DATA_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvane::cli {
+
+// One scored URL of h2 (long-standing) or j1 (recent only).
+struct ScoredUrl {
+  std::string table;  // "h2" or "j1"
+  std::string url;    // fixed URL
+  std::string name;
+  uint32_t visits = 0;
+  uint32_t score = 0;
+  uint32_t days = 0;          // distinct day indexes in TPreparedURL
+  uint32_t newestDay = 0;     // smallest day index
+  bool favorite = false;
+};
+
+// A row of TRecommendDomain, TSubDomain or TRecommendURL.
+struct RankedRow {
+  std::string table;
+  int64_t rowid = 0;
+  std::string key;  // Domain, or URL for TRecommendURL
+  int64_t score = 0;
+  int32_t hide = 0;
+};
+
+struct ExplainFacts {
+  bool isUrl = false;
+  std::string fixedUrl;    // for a URL
+  std::string domain;      // full domain (host)
+  std::string mainDomain;
+  std::vector<ScoredUrl> urls;          // the URL, or the best URLs of the host
+  std::vector<RankedRow> ranked;
+  std::vector<std::string> whiteGroups; // "Group / SubName" of TWhiteList rows of the host
+  std::vector<std::string> matchingRules;  // TSubList rules of the main domain that the host matches
+  bool inZ = false;                     // the host became a sub-domain site (table z)
+  bool blackListed = false;
+};
+
+// Reads the facts for text, a URL (holds "/" or "://") or a host. False
+// with a message when the database cannot be opened.
+[[nodiscard]] bool ReadExplainFacts(const std::string& dbPath, const std::string& text, ExplainFacts* lpFacts,
+                                    std::string* lpError);
+
+}  // namespace corvane::cli
+
+#endif  // CORVANE_CLI_EXPLAIN_DATA_H_

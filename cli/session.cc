@@ -1,0 +1,204 @@
+#include "cli/session.h"
+
+#include "cli/host_text.h"
+#include "cli/white_list_install.h"
+#include "common/local_clock.h"
+#include "common/time_stamp.h"
+#include "common/utf.h"
+#include "platform/ini_file.h"
+
+namespace corvane::cli {
+namespace {
+
+template <class I>
+ComPtr<I> QueryAs(IUnknown* object, const IID& iid) {
+  I* result = nullptr;
+  if (object == nullptr || object->QueryInterface(iid, reinterpret_cast<void**>(&result)) < 0) return ComPtr<I>();
+  return ComPtr<I>(result);
+}
+
+constexpr uint32_t kRecommendManager = 1;
+constexpr uint32_t kFocusManager = 2;
+constexpr uint32_t kHistoryManager = 3;
+constexpr uint32_t kFavoriteManager = 4;
+// High half of a hide flag: hide until the next rebuild, lowering the score.
+constexpr uint32_t kUntilRebuild = 0x00010000;
+
+}  // namespace
+
+bool DailyUpdateDue() {
+  std::string folder = DataFolderPath();
+  if (folder.empty()) return true;
+  std::u16string last = ReadProfileString(FromUtf8(folder + "/DBConfig.ini"), u"DBConfig", u"LastUpdate", u"", 260);
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::u16string today;
+  FormatVisitStamp(now, &today);
+  return last.size() < 10 || last.compare(0, 10, today, 0, 10) != 0;
+}
+
+HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
+  m_error = what + " failed (" + HexStatus(hr) + ")";
+  return hr;
+}
+
+HRESULT ProviderSession::Open(const std::string& param) {
+  InstallSampleWhiteList();
+  ComPtr<IClassFactory> factory;
+  HRESULT hr = DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
+                                 reinterpret_cast<void**>(factory.Put()));
+  if (FAILED(hr)) return Fail(hr, "getting the provider's class object");
+  hr = factory->CreateInstance(nullptr, IID_ICorvaneDataProviderObject, reinterpret_cast<void**>(m_provider.Put()));
+  if (FAILED(hr)) return Fail(hr, "creating the provider");
+  OwnedBstr text(param);
+  hr = m_provider->Initialize(param.empty() ? nullptr : text.Get());
+  return FAILED(hr) ? Fail(hr, "Initialize") : hr;
+}
+
+HRESULT ProviderSession::ForceUpdate() {
+  HRESULT hr = m_provider->ForceUpdateData();
+  return FAILED(hr) ? Fail(hr, "ForceUpdateData") : hr;
+}
+
+HRESULT ProviderSession::GetValue(const std::string& key, std::string* lpValue) {
+  OwnedBstr name(key);
+  OwnedBstr value;
+  HRESULT hr = m_provider->GetValue(name.Get(), value.Put());
+  if (FAILED(hr)) return Fail(hr, "GetValue(" + key + ")");
+  *lpValue = value.Utf8();
+  return hr;
+}
+
+HRESULT ProviderSession::Manager(uint32_t id, IUnknown** lppManager) {
+  HRESULT hr = m_provider->GetURLsManager(id, lppManager);
+  return FAILED(hr) ? Fail(hr, "GetURLsManager(" + std::to_string(id) + ")") : hr;
+}
+
+HRESULT ProviderSession::ListSites(uint32_t count, std::vector<SiteRecord>* lpOut) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kRecommendManager, unknown.Put());
+  ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+  if (FAILED(hr)) return hr;
+  if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
+  // Bit 0 set starts a new listing with the focus sites; clear, it goes on
+  // with the rest.
+  for (uint32_t type : {1u, 0u}) {
+    ComPtr<IUnknown> array;
+    hr = manager->GetRecomURLs(0, count, array.Put(), type);
+    if (FAILED(hr)) return Fail(hr, "GetRecomURLs");
+    size_t first = lpOut->size();
+    hr = ReadSiteArray(array.Get(), lpOut);
+    if (FAILED(hr)) return Fail(hr, "reading the recommendation records");
+    for (size_t i = first; i < lpOut->size(); ++i) (*lpOut)[i].focus = (type == 1);
+  }
+  return S_OK;
+}
+
+HRESULT ProviderSession::ListRecent(uint32_t count, std::vector<SiteRecord>* lpOut) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kRecommendManager, unknown.Put());
+  ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+  if (FAILED(hr)) return hr;
+  if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
+  ComPtr<IUnknown> array;
+  hr = manager->GetRecentHistory(0, count, array.Put(), 0);
+  if (FAILED(hr)) return Fail(hr, "GetRecentHistory");
+  hr = ReadSiteArray(array.Get(), lpOut);
+  return FAILED(hr) ? Fail(hr, "reading the recent records") : S_OK;
+}
+
+HRESULT ProviderSession::ListHistory(uint32_t count, const std::string& search, std::vector<DayGroup>* lpOut) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kHistoryManager, unknown.Put());
+  if (FAILED(hr)) return hr;
+  ComPtr<IUnknown> array;
+  if (search.empty()) {
+    ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+    hr = manager ? manager->GetURLs(count, array.Put()) : E_NOINTERFACE;
+  } else {
+    ComPtr<IHistoryURLsManager> manager = QueryAs<IHistoryURLsManager>(unknown.Get(), IID_IHistoryURLsManager);
+    OwnedBstr text(search);
+    hr = manager ? manager->SearchURLs(text.Get(), array.Put()) : E_NOINTERFACE;
+  }
+  if (FAILED(hr)) return Fail(hr, search.empty() ? "listing the history" : "SearchURLs");
+  hr = ReadDayGroups(array.Get(), lpOut);
+  if (FAILED(hr)) return Fail(hr, "reading the history records");
+  // A search has no count of its own: cut the rows here.
+  size_t left = count == 0 || search.empty() ? SIZE_MAX : count;
+  for (DayGroup& group : *lpOut) {
+    if (group.visits.size() > left) group.visits.resize(left);
+    left -= group.visits.size();
+  }
+  std::erase_if(*lpOut, [](const DayGroup& group) { return group.visits.empty(); });
+  return S_OK;
+}
+
+HRESULT ProviderSession::ListFavorites(uint32_t count, std::vector<UrlRecord>* lpOut) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kFavoriteManager, unknown.Put());
+  if (FAILED(hr)) return hr;
+  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComPtr<IUnknown> array;
+  hr = manager ? manager->GetURLs(count, array.Put()) : E_NOINTERFACE;
+  if (FAILED(hr)) return Fail(hr, "listing the favourites");
+  hr = ReadUrlArray(array.Get(), lpOut);
+  return FAILED(hr) ? Fail(hr, "reading the favourite records") : S_OK;
+}
+
+HRESULT ProviderSession::ListPins(std::vector<UrlRecord>* lpOut) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kFocusManager, unknown.Put());
+  if (FAILED(hr)) return hr;
+  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComPtr<IUnknown> array;
+  hr = manager ? manager->GetURLs(0, array.Put()) : E_NOINTERFACE;
+  if (FAILED(hr)) return Fail(hr, "listing the pinned sites");
+  hr = ReadUrlArray(array.Get(), lpOut);
+  return FAILED(hr) ? Fail(hr, "reading the pinned records") : S_OK;
+}
+
+HRESULT ProviderSession::AddPin(const std::string& url, const std::string& name) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kFocusManager, unknown.Put());
+  if (FAILED(hr)) return hr;
+  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  OwnedBstr bstrUrl(url), bstrName(name);
+  hr = manager ? manager->AddURL(bstrUrl.Get(), bstrName.Get(), 0) : E_NOINTERFACE;
+  return FAILED(hr) ? Fail(hr, "pinning " + url) : hr;
+}
+
+HRESULT ProviderSession::RemovePin(const std::string& id, bool byId) {
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(kFocusManager, unknown.Put());
+  if (FAILED(hr)) return hr;
+  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  OwnedBstr text(id);
+  hr = manager ? manager->RemoveURL(text.Get(), byId ? 0 : 1) : E_NOINTERFACE;
+  return FAILED(hr) ? Fail(hr, "unpinning " + id) : hr;
+}
+
+HRESULT ProviderSession::Hide(HideKind kind, const std::string& id, bool byUrl, bool untilRebuild) {
+  uint32_t managerId = kRecommendManager;
+  if (kind == HideKind::kHistory) managerId = kHistoryManager;
+  if (kind == HideKind::kFavorite) managerId = kFavoriteManager;
+  ComPtr<IUnknown> unknown;
+  HRESULT hr = Manager(managerId, unknown.Put());
+  if (FAILED(hr)) return hr;
+  uint32_t flag = (untilRebuild ? kUntilRebuild : 0) | (byUrl ? 1 : 0);
+  OwnedBstr text(id);
+  if (kind == HideKind::kSite || kind == HideKind::kSubSite) {
+    ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+    if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
+    hr = kind == HideKind::kSite ? manager->HideRecommendDomain(text.Get(), flag)
+                                 : manager->HideSubDomain(text.Get(), flag);
+  } else {
+    // History and favourites know no "until rebuild": their flag is the
+    // whole value, 0 for an ID.
+    if (kind != HideKind::kUrl) flag = 0;
+    ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+    hr = manager ? manager->RemoveURL(text.Get(), flag) : E_NOINTERFACE;
+  }
+  return FAILED(hr) ? Fail(hr, "hiding " + id) : hr;
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,66 @@
+// session.h: one host's use of the component for the length of a command.
+//
+// Open creates the provider through the class object, copies the sample
+// white list into the data folder when none is there, and calls Initialize
+// (which runs the daily update when it is due). The listing and change
+// operations then go through the four managers, exactly as any host of the
+// component would. Every operation returns the component's status; Error()
+// holds a one-line description of the last failure.
+
+#ifndef CORVANE_CLI_SESSION_H_
+#define CORVANE_CLI_SESSION_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/records.h"
+#include "corvane/CorvaneDataProvider.h"
+#include "platform/com_object.h"
+
+namespace corvane::cli {
+
+// Where a record to hide comes from.
+enum class HideKind { kSite, kSubSite, kUrl, kHistory, kFavorite };
+
+// True when Initialize will run the daily update itself: the date part of
+// "LastUpdate" in the data folder's DBConfig.ini differs from today's. Lets
+// a forced update skip a second run on the first start of a day.
+[[nodiscard]] bool DailyUpdateDue();
+
+class ProviderSession {
+ public:
+  // Creation and Initialize with the parameter text (may be empty).
+  [[nodiscard]] HRESULT Open(const std::string& param);
+  [[nodiscard]] HRESULT ForceUpdate();
+  // S_OK with the value; E_FAIL when the key has no value.
+  [[nodiscard]] HRESULT GetValue(const std::string& key, std::string* lpValue);
+
+  // Focus sites first, then the rest, each at most count top-level records.
+  [[nodiscard]] HRESULT ListSites(uint32_t count, std::vector<SiteRecord>* lpOut);
+  [[nodiscard]] HRESULT ListRecent(uint32_t count, std::vector<SiteRecord>* lpOut);
+  // count 0: all rows. An empty search lists, a non-empty one searches.
+  [[nodiscard]] HRESULT ListHistory(uint32_t count, const std::string& search, std::vector<DayGroup>* lpOut);
+  [[nodiscard]] HRESULT ListFavorites(uint32_t count, std::vector<UrlRecord>* lpOut);
+  [[nodiscard]] HRESULT ListPins(std::vector<UrlRecord>* lpOut);
+
+  // S_OK when added, S_FALSE when the pair stood already.
+  [[nodiscard]] HRESULT AddPin(const std::string& url, const std::string& name);
+  // byId: id is the decimal ID of the entry, else its URL.
+  [[nodiscard]] HRESULT RemovePin(const std::string& id, bool byId);
+  // id: decimal record ID (or a URL for kUrl when byUrl).
+  [[nodiscard]] HRESULT Hide(HideKind kind, const std::string& id, bool byUrl, bool untilRebuild);
+
+  const std::string& Error() const { return m_error; }
+
+ private:
+  HRESULT Fail(HRESULT hr, const std::string& what);
+  HRESULT Manager(uint32_t id, IUnknown** lppManager);
+
+  ComPtr<ICorvaneDataProviderObject> m_provider;
+  std::string m_error;
+};
+
+}  // namespace corvane::cli
+
+#endif  // CORVANE_CLI_SESSION_H_

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <unordered_set>
 #include <vector>
 
 #include "analysis/domain_element.h"
@@ -40,6 +41,19 @@ void ReadPreparedRow(CSqliteStatement* stmt, PreparedRow* row) {
 const URLDayStat* FindStat(const URLDayStatMap& map, const std::u16string& url) {
   auto found = map.stats.find(url);
   return found == map.stats.end() ? nullptr : &found->second;
+}
+
+using FavoriteSet = std::unordered_set<std::u16string>;
+
+// The fixed URLs of all favourites, read once. Asking the table URL by URL
+// ("select count(*) from TFavorite where FixedURL = ?") gives the same
+// answers at the cost of one statement per scored URL. A table that can't
+// be read gives no favourites, as a failed count does.
+FavoriteSet ReadFavoriteURLs(CCorvaneDB* pDB) {
+  FavoriteSet favorites;
+  StatementPtr stmt = pDB->Prepare(FillTemplate(u"select FixedURL from %s where FixedURL is not null", schema::kFavorite));
+  while (stmt && stmt->Step()) favorites.insert(stmt->ColumnText16(0));
+  return favorites;
 }
 
 StatementPtr PrepareInsert(CCorvaneDB* pDB, std::u16string_view table, std::u16string_view values) {
@@ -189,10 +203,10 @@ void COftenTableBuilder::BuildETables(CCorvaneDB* pDB, std::u16string_view sourc
   WriteETable(pDB, e3, older.Entries());
 }
 
-float COftenTableBuilder::Score(const URLDayStat& stat, std::u16string_view fixedURL) const {
+float COftenTableBuilder::Score(const URLDayStat& stat, bool bFavorite) const {
   int32_t base = AddCounts(MultiplyCounts(m_nDayScore, stat.Days()), MultiplyCounts(m_nVisitScore, stat.Total()));
   float weight = m_pSettings->GetRecencyWeight(static_cast<uint32_t>(stat.Newest()));
-  float factor = m_pDB->IsFavoriteURL(fixedURL) == S_OK ? m_fFavoriteFactor : 1.0f;
+  float factor = bFavorite ? m_fFavoriteFactor : 1.0f;
   float score = static_cast<float>(base) * weight;
   return score * factor;
 }
@@ -203,6 +217,7 @@ void COftenTableBuilder::BuildHTables(CCorvaneDB* pDB, std::u16string_view sourc
   if (!stmt) return;
   pDB->RecreateTable(schema::kCreateHTableTemplate, j1);
   pDB->RecreateTable(schema::kCreateHTableTemplate, h2);
+  FavoriteSet favorites = ReadFavoriteURLs(pDB);
   CH1URLElement recent;
   CH1URLElement older;
   PreparedRow row;
@@ -219,7 +234,7 @@ void COftenTableBuilder::BuildHTables(CCorvaneDB* pDB, std::u16string_view sourc
     }
     int32_t days = stat->Days();
     int32_t average = days == 0 ? 0 : stat->Total() / days;
-    target.AddEntry(row.name, row.url, row.originalURL, row.time, stat->Total(), average, Score(*stat, row.url),
+    target.AddEntry(row.name, row.url, row.originalURL, row.time, stat->Total(), average, Score(*stat, favorites.count(row.url) != 0),
                     false);
   }
   stmt.reset();

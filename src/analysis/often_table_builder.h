@@ -59,8 +59,8 @@ class COftenTableBuilder {
                     std::u16string_view h2) const;
   bool BuildZTable(CCorvaneDB* pDB, std::u16string_view h2, std::u16string_view z, const CSubList& rules) const;
 
-  // The unrounded score of a URL.
-  float Score(const URLDayStat& stat, std::u16string_view fixedURL) const;
+  // The unrounded score of a URL, with the favourite factor if it is one.
+  float Score(const URLDayStat& stat, bool bFavorite) const;
 
  private:
   int32_t m_nDays = 21;

@@ -10,7 +10,6 @@
 #define CORVANE_ANALYSIS_SUB_LIST_H_
 
 #include <memory>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,12 +22,18 @@ class CSubListRule {
  public:
   // A rule whose expression doesn't compile has none and never holds.
   CSubListRule(std::u16string mainDomain, std::u16string_view expression);
+  ~CSubListRule();
+  CSubListRule(const CSubListRule&) = delete;
+  CSubListRule& operator=(const CSubListRule&) = delete;
 
   bool IsSubDomain(std::u16string_view mainDomain, std::u16string_view fullDomain) const;
   bool IsCompiled() const { return m_expression != nullptr; }
 
  private:
-  std::unique_ptr<std::wregex> m_expression;
+  // The compiled expression; only sub_list.cc sees the regular expression
+  // library.
+  struct Expression;
+  std::unique_ptr<Expression> m_expression;
   std::u16string m_mainDomain;
 };
 

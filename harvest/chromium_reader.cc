@@ -70,7 +70,7 @@ void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList*
   if (TableExists(copy.Handle(), "visit_source")) {
     sql += " and v.id not in (select id from visit_source where source != 1)";
   }
-  sql += " order by v.visit_time";
+  sql += " order by v.visit_time, v.id";
   sqlite3_stmt* stmt = nullptr;
   if (sqlite3_prepare_v2(copy.Handle(), sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
     DebugLog("harvest: History of %s is not as expected: %s\n", profile.c_str(), sqlite3_errmsg(copy.Handle()));

@@ -61,7 +61,8 @@ void ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* 
   sqlite3_stmt* stmt = Prepare(copy.Handle(),
                                "select p.url, p.title, p.visit_count, p.typed, v.visit_date from moz_historyvisits v "
                                "join moz_places p on p.id = v.place_id where p.hidden = 0 and v.visit_type not in "
-                               "(4, 5, 6, 7, 8) order by v.visit_date",
+                               "(4, 7, 8) and v.id not in (select from_visit from moz_historyvisits where visit_type "
+                               "in (5, 6) and from_visit is not null) order by v.visit_date, v.id",
                                profile);
   while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
     SYSTEMTIME time{};

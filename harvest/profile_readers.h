@@ -6,8 +6,11 @@
 //   out, its landing page kept), other than subframe loads (automatic and
 //   manual) and generated keyword visits, on URLs not marked hidden, and
 //   not synced from another device or imported (visit_source).
-// - Firefox: visits other than embedded loads (4), redirect steps (5, 6),
-//   downloads (7) and framed links (8), on places not marked hidden.
+// - Firefox: visits other than embedded loads (4), downloads (7) and framed
+//   links (8), on places not marked hidden. A visit of type 5 or 6 is the
+//   page where a redirect ended, which the person sees, and is kept; the
+//   page that redirected is left out, both through its hidden place and as
+//   the from_visit of such a visit.
 // Reloads are kept: the person chose to see the page again.
 //
 // Favourites, one item per bookmark with its folder path as a person reads

@@ -92,7 +92,7 @@ TEST_F(VisitKindsTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {
   EXPECT_EQ(visits[0].count, 3);
 }
 
-TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsRedirectStepsDownloadsAndFrames) {
+TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages) {
   std::string error;
   fixture::ProfileSpec spec;
   spec.days = 1;
@@ -112,9 +112,18 @@ TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsRedirectStepsDownloadsAndFrames) {
                  "insert into moz_historyvisits(place_id, visit_date, visit_type) values(" +
                  std::to_string(1000 + type) + ", 1709629623041000, " + id + ");");
   }
+  // A redirect: the typed address redirected (its place not hidden, as it
+  // was also visited on its own before) and landed on a page whose visit
+  // carries the temporary redirect's type. And a hidden place's link visit.
+  Exec(db, "insert into moz_places(id, url, title, hidden, visit_count) values(2001, 'http://r.org/', 'R', 0, 1), "
+           "(2002, 'https://r.org/home', 'Home', 0, 1), (2003, 'https://hidden.org/', 'H', 1, 1);"
+           "insert into moz_historyvisits(id, from_visit, place_id, visit_date, visit_type) values"
+           "(500, 0, 2001, 1709629624000000, 2), (501, 500, 2002, 1709629624100000, 6),"
+           "(502, null, 2003, 1709629625000000, 1);");
   sqlite3_close(db);
   EXPECT_EQ(URLs(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY)),
-            (std::vector<std::string>{"https://t1.org/", "https://t2.org/", "https://t3.org/", "https://t9.org/"}));
+            (std::vector<std::string>{"https://t1.org/", "https://t2.org/", "https://t3.org/", "https://t5.org/",
+                                      "https://t6.org/", "https://t9.org/", "https://r.org/home"}));
 }
 
 TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {

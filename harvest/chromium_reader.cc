@@ -59,6 +59,23 @@ void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t bro
   }
 }
 
+// False, with a debug line when the file is there, for a file that is no
+// JSON object.
+bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  Json::CharReaderBuilder builder;
+  builder["stackLimit"] = 256;
+  std::string errors;
+  try {
+    if (Json::parseFromStream(builder, in, lpRoot, &errors) && lpRoot->isObject()) return true;
+  } catch (const std::exception& error) {
+    errors = error.what();
+  }
+  DebugLog("harvest: %s can't be read: %s\n", path.c_str(), errors.c_str());
+  return false;
+}
+
 }  // namespace
 
 void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
@@ -89,27 +106,18 @@ void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList*
 }
 
 void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
-  std::ifstream in(profile + "/Bookmarks", std::ios::binary);
-  if (!in) return;
-  Json::Value root;
-  Json::CharReaderBuilder builder;
-  builder["stackLimit"] = 256;
-  std::string errors;
-  try {
-    if (!Json::parseFromStream(builder, in, &root, &errors) || !root.isObject()) {
-      DebugLog("harvest: Bookmarks of %s can't be read: %s\n", profile.c_str(), errors.c_str());
-      return;
-    }
-  } catch (const std::exception& error) {
-    DebugLog("harvest: Bookmarks of %s can't be read: %s\n", profile.c_str(), error.what());
-    return;
+  // The profile's own bookmarks, then those the signed-in account keeps
+  // apart in newer versions, in the same format.
+  for (const char* file : {"/Bookmarks", "/AccountBookmarks"}) {
+    Json::Value root;
+    if (!ReadBookmarksFile(profile + file, &root)) continue;
+    const Json::Value& roots = root["roots"];
+    if (!roots.isObject()) continue;
+    // The browser shows its roots under localized names; these are ours.
+    const std::pair<const char*, const char*> kRoots[] = {
+        {"bookmark_bar", "Bookmarks bar"}, {"other", "Other bookmarks"}, {"synced", "Mobile bookmarks"}};
+    for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, browser, lpItems);
   }
-  // The browser shows its roots under localized names; these are ours.
-  const std::pair<const char*, const char*> kRoots[] = {
-      {"bookmark_bar", "Bookmarks bar"}, {"other", "Other bookmarks"}, {"synced", "Mobile bookmarks"}};
-  const Json::Value& roots = root["roots"];
-  if (!roots.isObject()) return;
-  for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, browser, lpItems);
 }
 
 }  // namespace corvane::harvest

@@ -108,18 +108,24 @@ std::string ProfilePath(const std::string& root, const std::string& path, bool r
   return relative ? root + "/" + path : path;
 }
 
+// An installation's default names its profile relative to the root, or as
+// a full path.
+std::string InstallDefault(const std::string& root, const std::map<std::string, std::string>& keys) {
+  auto found = keys.find("Default");
+  if (found == keys.end() || found->second.empty()) return std::string();
+  std::string path = ProfilePath(root, found->second, found->second.front() != '/');
+  return Exists(path) ? path : std::string();
+}
+
 std::string FirefoxProfileIn(const std::string& root) {
   // The default of an installation, from installs.ini or profiles.ini.
   for (const auto& [name, keys] : ReadIni(root + "/installs.ini")) {
-    auto found = keys.find("Default");
-    if (found != keys.end() && Exists(root + "/" + found->second)) return root + "/" + found->second;
+    if (std::string path = InstallDefault(root, keys); !path.empty()) return path;
   }
   IniSections profiles = ReadIni(root + "/profiles.ini");
   for (const auto& [name, keys] : profiles) {
-    auto found = keys.find("Default");
-    if (name.rfind("Install", 0) == 0 && found != keys.end() && Exists(root + "/" + found->second)) {
-      return root + "/" + found->second;
-    }
+    if (name.rfind("Install", 0) != 0) continue;
+    if (std::string path = InstallDefault(root, keys); !path.empty()) return path;
   }
   std::string first;
   for (const auto& [name, keys] : profiles) {

@@ -92,6 +92,44 @@ TEST_F(VisitKindsTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {
   EXPECT_EQ(visits[0].count, 3);
 }
 
+// Berlin leaves summer time on 2024-10-27 at 03:00, back to 02:00: the hour
+// from 02:00 comes twice, and the visits keep the order of their instants.
+TEST_F(VisitKindsTest, RepeatedLocalHourKeepsTheOrderOfTheInstants) {
+  test::ScopedEnv berlin("TZ", "Europe/Berlin");
+  // 00:30, 00:59 and 01:30 UTC: 02:30 summer time, 02:59 summer time, 02:30 winter time.
+  ChromiumHistory(
+      "insert into urls values(1, 'https://first.com/', 'F', 1, 0, 0, 0), (2, 'https://second.com/', 'S', 1, 0, 0, 0),"
+      "(3, 'https://third.com/', 'T', 1, 0, 0, 0);"
+      "insert into visits values(1, 3, 13374466200000000, 0, 805306368, 0, 0, ''),"
+      "(2, 1, 13374462600000000, 0, 805306368, 0, 0, ''), (3, 2, 13374464340000000, 0, 805306368, 0, 0, '');");
+  std::vector<Delivered> visits = Extract(BROWSER_CHROME, EXTRACT_HISTORY);
+  ASSERT_EQ(URLs(visits), (std::vector<std::string>{"https://first.com/", "https://second.com/", "https://third.com/"}));
+  std::vector<std::vector<int>> clock;
+  for (const Delivered& visit : visits) {
+    clock.push_back({visit.time.wDay, visit.time.wDayOfWeek, visit.time.wHour, visit.time.wMinute});
+  }
+  EXPECT_EQ(clock, (std::vector<std::vector<int>>{{27, 0, 2, 30}, {27, 0, 2, 59}, {27, 0, 2, 30}}));
+}
+
+TEST_F(VisitKindsTest, ChromiumAccountBookmarksJoinTheProfilesOwn) {
+  ChromiumHistory("");
+  std::string folder = Home() + "/.config/chromium/Default";
+  std::ofstream(folder + "/Bookmarks") << R"({"version": 1, "roots": {"bookmark_bar": {"type": "folder", "name": "x",
+      "children": [{"type": "url", "name": "Local", "url": "https://local.com/"},
+                   {"type": "separator"}, {"type": "url", "name": "No URL"}]}}})";
+  std::ofstream(folder + "/AccountBookmarks") << R"({"version": 1, "roots": {"other": {"type": "folder", "name": "y",
+      "children": [{"type": "folder", "name": "Trips", "children": [
+                   {"type": "url", "name": "Account", "url": "https://account.com/"}]}]}}})";
+  std::vector<Delivered> bookmarks = Extract(BROWSER_CHROME, EXTRACT_FAVORITES);
+  ASSERT_EQ(URLs(bookmarks), (std::vector<std::string>{"https://local.com/", "https://account.com/"}));
+  EXPECT_EQ(bookmarks[0].path, "Bookmarks bar");
+  EXPECT_EQ(bookmarks[1].path, "Other bookmarks/Trips");
+  EXPECT_EQ(bookmarks[1].name, "Account");
+  // A damaged account file leaves the profile's own bookmarks.
+  std::ofstream(folder + "/AccountBookmarks", std::ios::trunc) << "[[[[";
+  EXPECT_EQ(URLs(Extract(BROWSER_CHROME, EXTRACT_FAVORITES)), (std::vector<std::string>{"https://local.com/"}));
+}
+
 TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages) {
   std::string error;
   fixture::ProfileSpec spec;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -48,6 +49,15 @@ bool ReadHttpHandler(const std::string& path, std::string* lpValue) {
   return false;
 }
 
+bool IsInstalled(const std::string& desktopFile, const std::vector<std::string>& folders) {
+  if (desktopFile.find('/') != std::string::npos) return false;
+  std::error_code error;
+  for (const std::string& folder : folders) {
+    if (std::filesystem::is_regular_file(folder + "/" + desktopFile, error)) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::vector<std::string> MimeAppsFiles() {
@@ -56,10 +66,6 @@ std::vector<std::string> MimeAppsFiles() {
   if (configHome.empty()) configHome = home + "/.config";
   std::string configDirs = Env("XDG_CONFIG_DIRS");
   if (configDirs.empty()) configDirs = "/etc/xdg";
-  std::string dataHome = Env("XDG_DATA_HOME");
-  if (dataHome.empty()) dataHome = home + "/.local/share";
-  std::string dataDirs = Env("XDG_DATA_DIRS");
-  if (dataDirs.empty()) dataDirs = "/usr/local/share:/usr/share";
   std::vector<std::string> desktops = Split(Lower(Env("XDG_CURRENT_DESKTOP")), ':');
   std::vector<std::string> files;
   std::vector<std::string> configFolders = {configHome};
@@ -68,9 +74,18 @@ std::vector<std::string> MimeAppsFiles() {
     for (const std::string& desktop : desktops) files.push_back(folder + "/" + desktop + "-mimeapps.list");
     files.push_back(folder + "/mimeapps.list");
   }
-  files.push_back(dataHome + "/applications/mimeapps.list");
-  for (const std::string& folder : Split(dataDirs, ':')) files.push_back(folder + "/applications/mimeapps.list");
+  for (const std::string& folder : ApplicationFolders()) files.push_back(folder + "/mimeapps.list");
   return files;
+}
+
+std::vector<std::string> ApplicationFolders() {
+  std::string dataHome = Env("XDG_DATA_HOME");
+  if (dataHome.empty()) dataHome = Env("HOME") + "/.local/share";
+  std::string dataDirs = Env("XDG_DATA_DIRS");
+  if (dataDirs.empty()) dataDirs = "/usr/local/share:/usr/share";
+  std::vector<std::string> folders = {dataHome + "/applications"};
+  for (const std::string& folder : Split(dataDirs, ':')) folders.push_back(folder + "/applications");
+  return folders;
 }
 
 uint32_t BrowserOfDesktopFile(const std::string& desktopFile) {
@@ -89,14 +104,22 @@ uint32_t BrowserOfDesktopFile(const std::string& desktopFile) {
 }
 
 uint32_t DefaultBrowserFromMimeApps() {
+  std::vector<std::string> applications = ApplicationFolders();
+  std::string firstList;
   for (const std::string& file : MimeAppsFiles()) {
     std::string value;
     if (!ReadHttpHandler(file, &value)) continue;
-    // The first file with the key decides; its first entry we read wins.
+    if (firstList.empty()) firstList = value;
+    // The first installed entry is the default, whether we read it or not;
+    // a list with no installed entry passes on to the next file.
     for (const std::string& desktop : Split(value, ';')) {
-      if (uint32_t browser = BrowserOfDesktopFile(desktop)) return browser;
+      if (IsInstalled(desktop, applications)) return BrowserOfDesktopFile(desktop);
     }
-    return BROWSER_NONE;
+  }
+  // No listed desktop file is to be seen (a bare or sandboxed system): the
+  // first entry we read of the first list.
+  for (const std::string& desktop : Split(firstList, ';')) {
+    if (uint32_t browser = BrowserOfDesktopFile(desktop)) return browser;
   }
   return BROWSER_NONE;
 }

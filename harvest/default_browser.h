@@ -14,11 +14,16 @@ namespace corvane::harvest {
 // The mimeapps.list files in the order in which they are asked.
 std::vector<std::string> MimeAppsFiles();
 
+// The folders that hold the desktop files of installed applications.
+std::vector<std::string> ApplicationFolders();
+
 // The browser value of a desktop file name; 0 for one we don't read.
 uint32_t BrowserOfDesktopFile(const std::string& desktopFile);
 
-// The first browser we read that the first file with the key names; 0 when
-// none.
+// The first installed entry of the first file whose x-scheme-handler/http
+// names an installed one: its browser value, 0 for a browser we don't read.
+// When no listed desktop file can be found at all, the first browser we
+// read in the first file with the key; 0 when none.
 uint32_t DefaultBrowserFromMimeApps();
 
 }  // namespace corvane::harvest

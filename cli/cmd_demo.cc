@@ -63,6 +63,8 @@ HRESULT ShowDemo(const GlobalOptions& global, ProviderSession& session) {
   std::vector<SiteRecord> sites, recent;
   std::vector<DayGroup> days;
   HRESULT hr = session.ListSites(15, &sites);
+  // The white-listed domains come all at once; a demo shows the first few.
+  if (sites.size() > 15) sites.resize(15);
   if (SUCCEEDED(hr)) hr = session.ListRecent(8, &recent);
   if (SUCCEEDED(hr)) hr = session.ListHistory(0, std::string(), &days);
   if (FAILED(hr)) return hr;

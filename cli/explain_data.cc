@@ -50,10 +50,11 @@ void ReadDays(sqlite3* db, ScoredUrl* lpUrl) {
 // The URL itself, or the five best URLs of the host, from h2 and j1.
 void ReadScoredUrls(sqlite3* db, ExplainFacts* lpFacts) {
   for (const char16_t* table : {schema::kH2, schema::kJ1}) {
-    std::string where = lpFacts->isUrl ? " where URL = ?" : " where FullDomainName = ?";
+    std::string where = lpFacts->isUrl ? " where URL in (?, ?)" : " where FullDomainName in (?, ?)";
     Stmt stmt = Query(db, "select URL, Name, VisitCount, Score from " + Table(table) + where +
                               " order by Score desc limit 5",
-                      {lpFacts->isUrl ? lpFacts->fixedUrl : lpFacts->domain});
+                      {lpFacts->isUrl ? lpFacts->fixedUrl : lpFacts->domain,
+                       lpFacts->isUrl ? lpFacts->fixedUrl : lpFacts->altDomain});
     while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
       ScoredUrl url;
       url.table = table == schema::kH2 ? "h2" : "j1";
@@ -68,9 +69,9 @@ void ReadScoredUrls(sqlite3* db, ExplainFacts* lpFacts) {
 }
 
 void ReadRanked(sqlite3* db, const char16_t* table, const std::string& keyColumn, const std::string& scoreColumn,
-                const std::string& key, ExplainFacts* lpFacts) {
+                const std::string& key, const std::string& altKey, ExplainFacts* lpFacts) {
   Stmt stmt = Query(db, "select rowid, " + keyColumn + ", " + scoreColumn + ", Hide from " + Table(table) + " where " +
-                            keyColumn + " = ?", {key});
+                            keyColumn + " in (?, ?) order by rowid", {key, altKey});
   while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
     lpFacts->ranked.push_back(RankedRow{Table(table), sqlite3_column_int64(stmt.get(), 0), Text(stmt.get(), 1),
                                         sqlite3_column_int64(stmt.get(), 2), sqlite3_column_int(stmt.get(), 3)});
@@ -79,7 +80,8 @@ void ReadRanked(sqlite3* db, const char16_t* table, const std::string& keyColumn
 
 // The white-list group of the host, and the sub-domain rules it matches.
 void ReadReferenceLists(sqlite3* db, ExplainFacts* lpFacts) {
-  Stmt white = Query(db, "select Name, SubName from " + Table(schema::kWhiteList) + " where Domain = ?", {lpFacts->domain});
+  Stmt white = Query(db, "select Name, SubName from " + Table(schema::kWhiteList) + " where Domain in (?, ?)",
+                     {lpFacts->domain, lpFacts->altDomain});
   while (white && sqlite3_step(white.get()) == SQLITE_ROW) {
     lpFacts->whiteGroups.push_back(Text(white.get(), 0) + " / " + Text(white.get(), 1));
   }
@@ -92,9 +94,11 @@ void ReadReferenceLists(sqlite3* db, ExplainFacts* lpFacts) {
       // A rule that does not compile matches nothing, in the component too.
     }
   }
-  Stmt z = Query(db, "select count(*) from " + Table(schema::kZ) + " where FullDomainName = ?", {lpFacts->domain});
+  Stmt z = Query(db, "select count(*) from " + Table(schema::kZ) + " where FullDomainName in (?, ?)",
+                 {lpFacts->domain, lpFacts->altDomain});
   lpFacts->inZ = z && sqlite3_step(z.get()) == SQLITE_ROW && sqlite3_column_int(z.get(), 0) > 0;
-  Stmt black = Query(db, "select count(*) from " + Table(schema::kBlackList) + " where Domain = ?", {lpFacts->domain});
+  Stmt black = Query(db, "select count(*) from " + Table(schema::kBlackList) + " where Domain in (?, ?)",
+                     {lpFacts->domain, lpFacts->altDomain});
   lpFacts->blackListed = black && sqlite3_step(black.get()) == SQLITE_ROW && sqlite3_column_int(black.get(), 0) > 0;
 }
 
@@ -108,10 +112,10 @@ void SplitQuery(const std::string& text, ExplainFacts* lpFacts) {
     lpFacts->fixedUrl = ToUtf8(url);
   } else {
     host = url;
-    if (host.rfind(u"www.", 0) == 0) host.erase(0, 4);
   }
   static_cast<void>(GetMainDomain(host, &main));
   lpFacts->domain = ToUtf8(host);
+  lpFacts->altDomain = host.rfind(u"www.", 0) == 0 ? ToUtf8(host.substr(4)) : "www." + lpFacts->domain;
   lpFacts->mainDomain = ToUtf8(main);
 }
 
@@ -127,9 +131,11 @@ bool ReadExplainFacts(const std::string& dbPath, const std::string& text, Explai
   }
   SplitQuery(text, lpFacts);
   ReadScoredUrls(db.get(), lpFacts);
-  if (lpFacts->isUrl) ReadRanked(db.get(), schema::kRecommendURL, "FixedURL", "Weight", lpFacts->fixedUrl, lpFacts);
-  ReadRanked(db.get(), schema::kRecommendDomain, "Domain", "Score", lpFacts->domain, lpFacts);
-  ReadRanked(db.get(), schema::kSubDomain, "Domain", "Score", lpFacts->domain, lpFacts);
+  if (lpFacts->isUrl) {
+    ReadRanked(db.get(), schema::kRecommendURL, "FixedURL", "Weight", lpFacts->fixedUrl, lpFacts->fixedUrl, lpFacts);
+  }
+  ReadRanked(db.get(), schema::kRecommendDomain, "Domain", "Score", lpFacts->domain, lpFacts->altDomain, lpFacts);
+  ReadRanked(db.get(), schema::kSubDomain, "Domain", "Score", lpFacts->domain, lpFacts->altDomain, lpFacts);
   ReadReferenceLists(db.get(), lpFacts);
   return true;
 }

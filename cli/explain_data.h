@@ -43,6 +43,7 @@ struct ExplainFacts {
   bool isUrl = false;
   std::string fixedUrl;    // for a URL
   std::string domain;      // full domain (host)
+  std::string altDomain;   // the same host with "www." added or taken off
   std::string mainDomain;
   std::vector<ScoredUrl> urls;          // the URL, or the best URLs of the host
   std::vector<RankedRow> ranked;

@@ -68,6 +68,9 @@ std::string EscapeHtml(const std::string& text) {
 }
 
 std::string LinkTarget(const std::string& url) {
+  // A stored "https://" address comes back from the component restored
+  // with "http://" in front of it; link the address itself.
+  if (url.rfind("http://https://", 0) == 0) return url.substr(7);
   if (url.rfind("http://", 0) == 0 || url.rfind("https://", 0) == 0) return url;
   if (url.empty() || url.find("://") != std::string::npos || url.find(':') < url.find('/')) return "#";
   return "http://" + url;

@@ -1,0 +1,70 @@
+#include "cli/cli_runner.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <json/reader.h>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace corvane::testing {
+namespace {
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// In the child: redirect, set the environment, exec. Never returns.
+[[noreturn]] void ExecChild(const std::string& binary, const std::vector<std::string>& args,
+                            const std::map<std::string, std::string>& env, const std::string& outPath,
+                            const std::string& errPath) {
+  int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) _exit(127);
+  for (const auto& [name, value] : env) {
+    if (value.empty()) unsetenv(name.c_str());
+    if (!value.empty()) setenv(name.c_str(), value.c_str(), 1);
+  }
+  std::vector<char*> argv{const_cast<char*>(binary.c_str())};
+  for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+  argv.push_back(nullptr);
+  execv(binary.c_str(), argv.data());
+  _exit(127);
+}
+
+}  // namespace
+
+RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
+                    const std::map<std::string, std::string>& env) {
+  char folder[] = "/tmp/corvane-run-XXXXXX";
+  RunResult result;
+  if (mkdtemp(folder) == nullptr) return result;
+  std::string outPath = std::string(folder) + "/out", errPath = std::string(folder) + "/err";
+  pid_t child = fork();
+  if (child == 0) ExecChild(binary, args, env, outPath, errPath);
+  int status = 0;
+  if (child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
+  result.out = ReadAll(outPath);
+  result.err = ReadAll(errPath);
+  unlink(outPath.c_str());
+  unlink(errPath.c_str());
+  rmdir(folder);
+  return result;
+}
+
+bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpError) {
+  Json::CharReaderBuilder builder;
+  builder["failIfExtra"] = true;
+  builder["rejectDupKeys"] = true;
+  std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  return reader->parse(text.data(), text.data() + text.size(), lpValue, lpError);
+}
+
+}  // namespace corvane::testing

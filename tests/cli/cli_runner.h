@@ -1,0 +1,32 @@
+// cli_runner.h: runs the built corvane binary as a child process with a
+// chosen environment and collects its exit status, stdout and stderr.
+
+#ifndef CORVANE_TESTS_CLI_CLI_RUNNER_H_
+#define CORVANE_TESTS_CLI_CLI_RUNNER_H_
+
+#include <json/value.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace corvane::testing {
+
+struct RunResult {
+  int status = -1;  // exit status; -1 when the child did not exit normally
+  std::string out;
+  std::string err;
+};
+
+// env: variables to set (an empty value unsets the variable) on top of the
+// test's own environment.
+RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
+                    const std::map<std::string, std::string>& env);
+
+// Parses text as exactly one JSON document; false with the parser's
+// message otherwise.
+bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpError);
+
+}  // namespace corvane::testing
+
+#endif  // CORVANE_TESTS_CLI_CLI_RUNNER_H_

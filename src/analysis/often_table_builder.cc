@@ -141,7 +141,9 @@ void COftenTableBuilder::CollectDayStats(CCorvaneDB* pDB, std::u16string_view so
     if (url.empty()) continue;
     int32_t dayIndex = stmt->ColumnInt(1);
     int32_t visits = stmt->ColumnInt(2);
-    lpMap->m_nDayCount = std::max(lpMap->m_nDayCount, dayIndex + 1);
+    // Day indexes are ours, but the table is a file: no overflow on a
+    // damaged one.
+    if (dayIndex >= lpMap->m_nDayCount) lpMap->m_nDayCount = AddCounts(dayIndex, 1);
     URLDayStat& stat = lpMap->stats[std::move(url)];
     if (dayIndex < m_nRecentDays) {
       stat.recentVisits = AddCounts(stat.recentVisits, visits);

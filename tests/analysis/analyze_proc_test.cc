@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "analysis/often_table_builder.h"
 #include "analysis/update_driver.h"
 #include "common/utf.h"
 #include "settings/score_settings.h"
@@ -62,6 +63,24 @@ TEST_F(AnalyzeProcTest, AHugeSpanInTheSettingsCostsNothingWithoutVisits) {
   EXPECT_EQ(driver.AnalyzeProc(2), S_OK);
   EXPECT_EQ(Scalar(u"select URL || ' ' || Score from j1"), u"a.com 104");
   EXPECT_EQ(Scalar(u"select URL || ' ' || VisitCount from e2"), u"a.com 2");
+}
+
+TEST_F(AnalyzeProcTest, DamagedPreparedRowsBuildNothingAndNeverOverflow) {
+  ASSERT_TRUE(m_db.Exec(u"insert into TPreparedURL values(2147483647, 'N', 'a.com', 'http://a.com/', 2147483647, "
+                        u"'2024.03.10 0 10:00:00.000', 1);"
+                        u"insert into TPreparedURL values(-5, 'N', 'a.com', 'http://a.com/', 2147483647, "
+                        u"'2024.03.10 0 10:00:00.000', 1);"
+                        u"insert into TPreparedURL values(3, 'N', '', 'http://a.com/', 1, 'x', 1);"));
+  COftenTableBuilder builder(&m_db, &m_settings);
+  builder.LoadParameters();
+  URLDayStatMap map;
+  builder.CollectDayStats(&m_db, u"TPreparedURL", &map);
+  ASSERT_EQ(map.stats.size(), 1u);
+  EXPECT_EQ(map.stats.at(u"a.com").Total(), -2);
+  builder.BuildOftenTables();
+  for (const char16_t* table : {u"e2", u"e3", u"j1", u"h2", u"z"}) {
+    EXPECT_EQ(Scalar((u"select count(*) from " + std::u16string(table)).c_str()), u"0") << ToUtf8(table);
+  }
 }
 
 TEST_F(AnalyzeProcTest, WithoutAHistoryTableOnlyThePreparedRowsAreGone) {

@@ -152,6 +152,24 @@ TEST_F(AnalysisTest, TheDayIndexPastTheSpanCountsInTheStatsOnly) {
             "2 1 204");
 }
 
+TEST_F(AnalysisTest, FirstOpenedSitesSplitIntoRecentAndOlderAndFeedTheCounters) {
+  // Nine dates with visits, today the newest: day indexes 0 to 8.
+  for (int day = 2; day <= 10; ++day) {
+    std::string date = "2024-03-" + std::string(day < 10 ? "0" : "") + std::to_string(day);
+    Visit("http://first.com/", date + " 07:00:00.000");
+    if (day >= 9) Visit("http://fresh.com/", date + " 07:30:00.000");
+  }
+  // One visit is below the least count of the e tables; it is still scored.
+  Visit("http://once.com/", "2024-03-10 08:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Rows("select URL, VisitCount, Score from e3"), std::vector<std::string>{"first.com|9|0"});
+  EXPECT_EQ(Rows("select URL, VisitCount from e2"), std::vector<std::string>{"fresh.com|2"});
+  EXPECT_EQ(Rows("select URL from h2"), std::vector<std::string>{"first.com"});
+  EXPECT_EQ(Rows("select URL from j1 order by URL"), (std::vector<std::string>{"fresh.com", "once.com"}));
+  EXPECT_EQ(Config("H2") + " " + Config("E3inH2") + " " + Config("E3"), "1 1 1");
+  EXPECT_EQ(Config("H1") + " " + Config("E2inH1") + " " + Config("E2"), "2 1 1");
+}
+
 TEST_F(AnalysisTest, AFavouriteWithAnApostropheIsStillAFavourite) {
   Visit("http://q.com/it's/", "2024-03-09 10:00:00.000");
   Visit("http://plain.com/", "2024-03-09 09:00:00.000");

@@ -22,14 +22,16 @@ constexpr uint32_t kManualSubframe = 4;
 constexpr uint32_t kKeywordGenerated = 10;
 constexpr uint32_t kChainEnd = 0x20000000;
 
-bool TableExists(sqlite3* db, const char* table) {
-  sqlite3_stmt* stmt = nullptr;
-  bool exists = sqlite3_prepare_v2(db, "select 1 from sqlite_master where type = 'table' and name = ?", -1, &stmt,
-                                   nullptr) == SQLITE_OK &&
-                sqlite3_bind_text(stmt, 1, table, -1, SQLITE_STATIC) == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW;
-  sqlite3_finalize(stmt);
-  return exists;
-}
+// The visits with what the urls table says of their pages; columns are
+// named, as newer versions add some.
+constexpr char kVisitsSql[] =
+    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition from visits v join urls u on "
+    "u.id = v.url where u.hidden = 0";
+// Visits listed in visit_source came from elsewhere (synced, an extension,
+// an import); 1 is a visit browsed here.
+constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_source where source != 1)";
+constexpr char kVisitOrderSql[] = " order by v.visit_time, v.id";
+constexpr char kTableExistsSql[] = "select 1 from sqlite_master where type = 'table' and name = 'visit_source'";
 
 // A visit the browser itself shows as one.
 bool IsChosenVisit(int64_t storedTransition) {
@@ -81,28 +83,17 @@ bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot) {
 void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
   if (!copy.Open(profile + "/History")) return;
-  std::string sql =
-      "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition from visits v join urls u on "
-      "u.id = v.url where u.hidden = 0";
-  if (TableExists(copy.Handle(), "visit_source")) {
-    sql += " and v.id not in (select id from visit_source where source != 1)";
-  }
-  sql += " order by v.visit_time, v.id";
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(copy.Handle(), sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
-    DebugLog("harvest: History of %s is not as expected: %s\n", profile.c_str(), sqlite3_errmsg(copy.Handle()));
-    sqlite3_finalize(stmt);
-    return;
-  }
-  while (sqlite3_step(stmt) == SQLITE_ROW) {
-    if (!IsChosenVisit(sqlite3_column_int64(stmt, 5))) continue;
+  Statement hasSources = copy.Prepare(kTableExistsSql);
+  bool sources = hasSources && sqlite3_step(hasSources.get()) == SQLITE_ROW;
+  Statement stmt = copy.Prepare(std::string(kVisitsSql) + (sources ? kBrowsedHereSql : "") + kVisitOrderSql);
+  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+    if (!IsChosenVisit(sqlite3_column_int64(stmt.get(), 5))) continue;
     SYSTEMTIME time{};
-    UnixMicrosToLocalTime(sqlite3_column_int64(stmt, 4) - kWindowsEpochMicros, &time);
-    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_HISTORY, browser, Text16(stmt, 1), Text16(stmt, 0),
-                                                     std::u16string(), time, sqlite3_column_int(stmt, 2),
-                                                     static_cast<uint32_t>(sqlite3_column_int(stmt, 3))));
+    UnixMicrosToLocalTime(sqlite3_column_int64(stmt.get(), 4) - kWindowsEpochMicros, &time);
+    lpItems->push_back(std::make_unique<HarvestItem>(
+        EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
+        sqlite3_column_int(stmt.get(), 2), static_cast<uint32_t>(sqlite3_column_int(stmt.get(), 3))));
   }
-  sqlite3_finalize(stmt);
 }
 
 void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {

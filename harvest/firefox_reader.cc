@@ -3,7 +3,6 @@
 
 #include <map>
 
-#include "common/debug_log.h"
 #include "common/local_clock.h"
 #include "common/utf.h"
 #include "harvest/private_copy.h"
@@ -12,18 +11,27 @@
 namespace corvane::harvest {
 namespace {
 
+std::string Text8(sqlite3_stmt* stmt, int column) {
+  const unsigned char* text = sqlite3_column_text(stmt, column);
+  return text != nullptr ? reinterpret_cast<const char*>(text) : std::string();
+}
+
 std::u16string Text16(sqlite3_stmt* stmt, int column) {
   const unsigned char* text = sqlite3_column_text(stmt, column);
   return text != nullptr ? FromUtf8(reinterpret_cast<const char*>(text)) : std::u16string();
 }
 
-sqlite3_stmt* Prepare(sqlite3* db, const char* sql, const std::string& profile) {
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr) == SQLITE_OK) return stmt;
-  DebugLog("harvest: places.sqlite of %s is not as expected: %s\n", profile.c_str(), sqlite3_errmsg(db));
-  sqlite3_finalize(stmt);
-  return nullptr;
-}
+// Visits other than embedded loads (4), downloads (7) and framed links (8),
+// on pages not hidden, and not the page a redirect (5, 6) started from.
+constexpr char kVisitsSql[] =
+    "select p.url, p.title, p.visit_count, p.typed, v.visit_date from moz_historyvisits v join moz_places p on p.id = "
+    "v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8) and v.id not in (select from_visit from "
+    "moz_historyvisits where visit_type in (5, 6) and from_visit is not null) order by v.visit_date, v.id";
+constexpr char kFoldersSql[] = "select id, parent, title, guid from moz_bookmarks where type = 2";
+// Saved searches are place: URLs in the bookmark tree.
+constexpr char kBookmarksSql[] =
+    "select b.title, p.url, b.parent from moz_bookmarks b join moz_places p on p.id = b.fk where b.type = 1 and p.url "
+    "not like 'place:%' order by b.parent, b.position";
 
 struct Folder {
   int64_t parent = 0;
@@ -58,46 +66,32 @@ std::string PathOf(int64_t folder, const std::map<int64_t, Folder>& folders) {
 void ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
   if (!copy.Open(profile + "/places.sqlite")) return;
-  sqlite3_stmt* stmt = Prepare(copy.Handle(),
-                               "select p.url, p.title, p.visit_count, p.typed, v.visit_date from moz_historyvisits v "
-                               "join moz_places p on p.id = v.place_id where p.hidden = 0 and v.visit_type not in "
-                               "(4, 7, 8) and v.id not in (select from_visit from moz_historyvisits where visit_type "
-                               "in (5, 6) and from_visit is not null) order by v.visit_date, v.id",
-                               profile);
-  while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
+  Statement stmt = copy.Prepare(kVisitsSql);
+  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
     SYSTEMTIME time{};
-    UnixMicrosToLocalTime(sqlite3_column_int64(stmt, 4), &time);
-    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_HISTORY, browser, Text16(stmt, 1), Text16(stmt, 0),
-                                                     std::u16string(), time, sqlite3_column_int(stmt, 2),
-                                                     static_cast<uint32_t>(sqlite3_column_int(stmt, 3))));
+    UnixMicrosToLocalTime(sqlite3_column_int64(stmt.get(), 4), &time);
+    lpItems->push_back(std::make_unique<HarvestItem>(
+        EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
+        sqlite3_column_int(stmt.get(), 2), static_cast<uint32_t>(sqlite3_column_int(stmt.get(), 3))));
   }
-  sqlite3_finalize(stmt);
 }
 
 void ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
   if (!copy.Open(profile + "/places.sqlite")) return;
   std::map<int64_t, Folder> folders;
-  sqlite3_stmt* stmt = Prepare(copy.Handle(), "select id, parent, title, guid from moz_bookmarks where type = 2", profile);
-  while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
-    const unsigned char* title = sqlite3_column_text(stmt, 2);
-    const unsigned char* guid = sqlite3_column_text(stmt, 3);
-    folders[sqlite3_column_int64(stmt, 0)] = Folder{sqlite3_column_int64(stmt, 1),
-                                                    title ? reinterpret_cast<const char*>(title) : "",
-                                                    guid ? reinterpret_cast<const char*>(guid) : ""};
+  Statement stmt = copy.Prepare(kFoldersSql);
+  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+    folders[sqlite3_column_int64(stmt.get(), 0)] =
+        Folder{sqlite3_column_int64(stmt.get(), 1), Text8(stmt.get(), 2), Text8(stmt.get(), 3)};
   }
-  sqlite3_finalize(stmt);
-  stmt = Prepare(copy.Handle(),
-                 "select b.title, p.url, b.parent from moz_bookmarks b join moz_places p on p.id = b.fk where b.type = "
-                 "1 and p.url not like 'place:%' order by b.parent, b.position",
-                 profile);
-  while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
-    std::string path = PathOf(sqlite3_column_int64(stmt, 2), folders);
+  stmt = copy.Prepare(kBookmarksSql);
+  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+    std::string path = PathOf(sqlite3_column_int64(stmt.get(), 2), folders);
     if (path.empty()) continue;
-    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, Text16(stmt, 0), Text16(stmt, 1),
-                                                     FromUtf8(path), SYSTEMTIME{}, 0, 0));
+    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, Text16(stmt.get(), 0),
+                                                     Text16(stmt.get(), 1), FromUtf8(path), SYSTEMTIME{}, 0, 0));
   }
-  sqlite3_finalize(stmt);
 }
 
 }  // namespace corvane::harvest

@@ -75,12 +75,21 @@ bool PrivateCopy::CopyAndCheck(const std::string& databaseFile) {
   return false;
 }
 
+Statement PrivateCopy::Prepare(const std::string& sql) const {
+  sqlite3_stmt* stmt = nullptr;
+  if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) {
+    DebugLog("harvest: the copy of %s is not as expected: %s\n", m_file.c_str(), sqlite3_errmsg(m_db));
+  }
+  return Statement(stmt);
+}
+
 bool PrivateCopy::Open(const std::string& databaseFile) {
   std::error_code error;
   if (!fs::is_regular_file(databaseFile, error)) {
     DebugLog("harvest: no file %s\n", databaseFile.c_str());
     return false;
   }
+  m_file = databaseFile;
   if (m_folder.empty()) m_folder = MakePrivateFolder();
   if (m_folder.empty()) return false;
   // A copy taken during a write can be torn; a second one usually is not.

@@ -14,9 +14,15 @@
 
 #include <sqlite3.h>
 
+#include <memory>
 #include <string>
 
 namespace corvane::harvest {
+
+struct StatementFinalizer {
+  void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
 class PrivateCopy {
  public:
@@ -29,11 +35,15 @@ class PrivateCopy {
   // is no sound database.
   bool Open(const std::string& databaseFile);
   sqlite3* Handle() const { return m_db; }
+  // A statement on the copy; null, with a debug line, when the browser's
+  // tables are not what it expects.
+  [[nodiscard]] Statement Prepare(const std::string& sql) const;
 
  private:
   bool CopyAndCheck(const std::string& databaseFile);
   void Close();
 
+  std::string m_file;
   std::string m_folder;
   sqlite3* m_db = nullptr;
 };

@@ -179,6 +179,12 @@ TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {
   EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
   fs::remove(history);
   EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
+  // A sound database of some other layout.
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(history.c_str(), &db), SQLITE_OK);
+  Exec(db, "create table visits(id INTEGER PRIMARY KEY, when_visited INTEGER); insert into visits values(1, 2);");
+  sqlite3_close(db);
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
 }
 
 // Another process holds the database with an open write transaction, as a

@@ -188,7 +188,8 @@ TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {
 }
 
 // Another process holds the database with an open write transaction, as a
-// running browser does: the read neither blocks nor sees the unfinished
+// running browser does, and its last commit still sits in the write-ahead
+// log: the read sees that commit, neither blocks nor sees the unfinished
 // write, nor does it disturb the writer.
 TEST_F(VisitKindsTest, ProfileHeldOpenAndWrittenByAnotherProcess) {
   std::string error;
@@ -209,8 +210,12 @@ TEST_F(VisitKindsTest, ProfileHeldOpenAndWrittenByAnotherProcess) {
   if (child == 0) {
     sqlite3* db = nullptr;
     sqlite3_open(fixture::FirefoxPlacesPath(Home()).c_str(), &db);
-    sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; begin exclusive; insert into moz_historyvisits(place_id, "
-                     "visit_date, visit_type) values(1, 1709629623041000, 1);", nullptr, nullptr, nullptr);
+    // One committed visit that stays in the log (no checkpoint), then a
+    // write transaction left open.
+    sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA wal_autocheckpoint=0; insert into "
+                     "moz_historyvisits(place_id, visit_date, visit_type) values(1, 1709629622000000, 1); begin "
+                     "exclusive; insert into moz_historyvisits(place_id, visit_date, visit_type) values(1, "
+                     "1709629623041000, 1);", nullptr, nullptr, nullptr);
     char byte = 1;
     static_cast<void>(write(ready[1], &byte, 1));
     static_cast<void>(read(done[0], &byte, 1));
@@ -220,13 +225,15 @@ TEST_F(VisitKindsTest, ProfileHeldOpenAndWrittenByAnotherProcess) {
   }
   char byte = 0;
   ASSERT_EQ(read(ready[0], &byte, 1), 1);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed);
+  std::error_code ignored;
+  EXPECT_GT(fs::file_size(fixture::FirefoxPlacesPath(Home()) + "-wal", ignored), 0u);
+  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 1);
   EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_FAVORITES).size(), 5u);
   ASSERT_EQ(write(done[1], &byte, 1), 1);
   int status = 0;
   waitpid(child, &status, 0);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 1);
+  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 2);
 }
 
 }  // namespace

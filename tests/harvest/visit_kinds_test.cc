@@ -177,6 +177,12 @@ TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {
   // Damaged bookmarks and a missing file.
   std::ofstream(Home() + "/.config/chromium/Default/Bookmarks") << "{\"roots\": {\"bookmark_bar\": ";
   EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
+  // Nesting deep enough to exhaust a recursive reader's stack.
+  std::string deep;
+  for (int i = 0; i < 100000; ++i) deep += R"({"type": "folder", "name": "f", "children": [)";
+  std::ofstream(Home() + "/.config/chromium/Default/Bookmarks", std::ios::trunc)
+      << R"({"roots": {"bookmark_bar": )" << deep;
+  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
   fs::remove(history);
   EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
   // A sound database of some other layout.

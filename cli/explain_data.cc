@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <memory>
 #include <regex>
 
@@ -83,7 +84,11 @@ void ReadReferenceLists(sqlite3* db, ExplainFacts* lpFacts) {
   Stmt white = Query(db, "select Name, SubName from " + Table(schema::kWhiteList) + " where Domain in (?, ?)",
                      {lpFacts->domain, lpFacts->altDomain});
   while (white && sqlite3_step(white.get()) == SQLITE_ROW) {
-    lpFacts->whiteGroups.push_back(Text(white.get(), 0) + " / " + Text(white.get(), 1));
+    // The host and its www form may both stand in the group under one name.
+    std::string group = Text(white.get(), 0) + " / " + Text(white.get(), 1);
+    if (std::find(lpFacts->whiteGroups.begin(), lpFacts->whiteGroups.end(), group) == lpFacts->whiteGroups.end()) {
+      lpFacts->whiteGroups.push_back(group);
+    }
   }
   Stmt rules = Query(db, "select Domain from " + Table(schema::kSubList) + " where MainDomain = ?", {lpFacts->mainDomain});
   while (rules && sqlite3_step(rules.get()) == SQLITE_ROW) {

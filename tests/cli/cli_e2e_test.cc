@@ -140,6 +140,7 @@ TEST_F(CliTest, SitesListOneRecordPerWhiteListedMainDomain) {
   EXPECT_EQ(google["hideState"].asString(), "visible");
   EXPECT_FALSE(google["focus"].asBool());
   EXPECT_TRUE(FindSite(sites, "site", "github.com").isObject());
+  EXPECT_EQ(RunJson({"sites", "-n", "1"}).size(), 1u);
   // Sites seen only on the recent days are no recommendation (yet).
   EXPECT_FALSE(FindSite(sites, "url", "example.org").isObject());
 

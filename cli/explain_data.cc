@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <memory>
-#include <regex>
 
+#include "cli/rule_match.h"
 #include "common/text_util.h"
 #include "common/url_util.h"
 #include "common/utf.h"
@@ -93,11 +93,7 @@ void ReadReferenceLists(sqlite3* db, ExplainFacts* lpFacts) {
   Stmt rules = Query(db, "select Domain from " + Table(schema::kSubList) + " where MainDomain = ?", {lpFacts->mainDomain});
   while (rules && sqlite3_step(rules.get()) == SQLITE_ROW) {
     std::string rule = Text(rules.get(), 0);
-    try {
-      if (std::regex_match(lpFacts->domain, std::regex(rule, std::regex::ECMAScript))) lpFacts->matchingRules.push_back(rule);
-    } catch (const std::regex_error&) {
-      // A rule that does not compile matches nothing, in the component too.
-    }
+    if (MatchesRule(lpFacts->domain, rule)) lpFacts->matchingRules.push_back(rule);
   }
   Stmt z = Query(db, "select count(*) from " + Table(schema::kZ) + " where FullDomainName in (?, ?)",
                  {lpFacts->domain, lpFacts->altDomain});

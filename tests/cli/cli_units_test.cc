@@ -8,6 +8,7 @@
 #include "cli/host_text.h"
 #include "cli/output.h"
 #include "cli/report_html.h"
+#include "cli/rule_match.h"
 #include "cli/score_bands.h"
 #include "support/test_host.h"
 
@@ -32,6 +33,13 @@ TEST(HostTextTest, ComponentStringsRoundTripThroughUtf8) {
   EXPECT_EQ(SysStringLen(text.Get()), 9u);
   EXPECT_EQ(text.Utf8(), "今天 Zürich");
   EXPECT_EQ(FromBstr(nullptr), "");
+}
+
+TEST(RuleMatchTest, RulesMatchTheWholeHostAndABrokenRuleMatchesNothing) {
+  EXPECT_TRUE(MatchesRule("alice.github.io", "[a-z0-9-]+\\.github\\.io"));
+  EXPECT_FALSE(MatchesRule("alice.github.io.evil.example", "[a-z0-9-]+\\.github\\.io"));
+  EXPECT_FALSE(MatchesRule("a.b.github.io", "[a-z0-9-]+\\.github\\.io"));
+  EXPECT_FALSE(MatchesRule("alice.github.io", "([unclosed"));
 }
 
 TEST(TextTableTest, ColumnsAlignByCharactersNotBytes) {

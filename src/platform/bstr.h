@@ -14,7 +14,14 @@
 
 namespace corvane {
 
+// A new BSTR holding the text; null when it is too long for the length
+// prefix or memory runs out.
 BSTR BstrAlloc(std::u16string_view text);
+// A new BSTR of cch characters, copied from pch or, for a null pch, all
+// zero. Null when cch * 2 bytes do not fit the 4-byte length prefix or
+// memory runs out; nothing here throws, so the exports that wrap it never
+// let an exception reach the host.
+BSTR BstrAllocLen(const char16_t* pch, size_t cch);
 void BstrFree(BSTR bstr);
 uint32_t BstrLength(BSTR bstr);
 

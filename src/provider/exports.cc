@@ -16,10 +16,9 @@ CORVANE_EXPORT BSTR SysAllocString(const OLECHAR* psz) {
   return corvane::BstrAlloc(std::u16string_view(psz, corvane::U16Length(psz)));
 }
 
-CORVANE_EXPORT BSTR SysAllocStringLen(const OLECHAR* pch, uint32_t cch) {
-  if (pch == nullptr) return corvane::BstrAlloc(std::u16string(cch, u'\0'));
-  return corvane::BstrAlloc(std::u16string_view(pch, cch));
-}
+// A null pch gives cch zero characters; a length whose bytes do not fit the
+// prefix, or memory that runs out, gives null.
+CORVANE_EXPORT BSTR SysAllocStringLen(const OLECHAR* pch, uint32_t cch) { return corvane::BstrAllocLen(pch, cch); }
 
 CORVANE_EXPORT void SysFreeString(BSTR bstr) { corvane::BstrFree(bstr); }
 

@@ -19,6 +19,9 @@ namespace {
 constexpr size_t kValueBufferChars = 1020;
 constexpr size_t kNameBufferChars = 128;
 constexpr size_t kVersionBufferChars = 32;
+// One-digit numbers and a comma between each two.
+constexpr int32_t kMaxParamCount = static_cast<int32_t>((kMaxInnerListChars + 1) / 2);
+static_assert(kMaxParamCount == 130);
 
 constexpr char16_t kSettingsFilePrefix[] = u"Settings";
 constexpr char16_t kIniExtension[] = u".ini";
@@ -208,7 +211,10 @@ int32_t CSettingParse::ParseScoreRow(std::u16string_view piece, ScoreRow* lpRow)
   if (piece.empty()) return 1;
   std::u16string paramList, reservedList;
   if (ScanScoreRowFields(piece, lpRow, &paramList, &reservedList) != 9) return E_FAIL;
-  if (lpRow->ParamCount <= 0) return E_FAIL;
+  // The list is at most kMaxInnerListChars long, so it holds no more numbers
+  // than kMaxParamCount: a larger count can't match and is refused before
+  // anything is allocated for it.
+  if (lpRow->ParamCount <= 0 || lpRow->ParamCount > kMaxParamCount) return E_FAIL;
   // Every "," starts another number; the list must hold exactly ParamCount.
   lpRow->Params.assign(static_cast<size_t>(lpRow->ParamCount), 0);
   size_t count = 0;

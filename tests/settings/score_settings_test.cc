@@ -115,6 +115,7 @@ TEST_F(ScoreSettingsTest, DamagedFileIsReplacedByTheDefaults) {
   const Damage cases[] = {
       {"row that does not parse", u"{0,3,50}", kValidSetting},
       {"wrong ParamCount", u"{0,5,70,3,110,1.5,3,{9,8},{0,0,0,0,0,0,0,0}}", kValidSetting},
+      {"ParamCount no list can hold", u"{0,5,70,3,110,1.5,2147483647,{9,8},{0,0,0,0,0,0,0,0}}", kValidSetting},
       {"Setting with two numbers", kValidAnalyze, u"{7,{7}}"},
       {"Analyze missing", u"", kValidSetting},
       {"Setting missing", kValidAnalyze, u""},

@@ -64,6 +64,25 @@ TEST(ParseScoreRowTest, ParamCountMustMatchTheFirstList) {
   EXPECT_EQ(row.Params, std::vector<int32_t>{10});
 }
 
+// A list of at most 259 characters holds at most 130 numbers. A count far
+// above that once had its zeros allocated before the list was looked at, and
+// the allocation failure took the host down.
+TEST(ParseScoreRowTest, ParamCountThatNoListCanHoldIsRefusedBeforeAllocating) {
+  auto rowWith = [](const std::string& count, size_t numbers) {
+    std::u16string list;
+    for (size_t i = 0; i < numbers; ++i) list += i == 0 ? u"1" : u",1";
+    return u"{0,3,50,1,130,2.0," + FromUtf8(count) + u",{" + list + u"},{0,0,0,0,0,0,0,0}}";
+  };
+  ScoreRow row;
+  EXPECT_EQ(CSettingParse::ParseScoreRow(rowWith("130", 130), &row), 0);
+  EXPECT_EQ(row.Params.size(), 130u);
+  EXPECT_EQ(CSettingParse::ParseScoreRow(rowWith("131", 130), &row), E_FAIL);
+  EXPECT_EQ(CSettingParse::ParseScoreRow(rowWith("2147483647", 7), &row), E_FAIL);
+  std::vector<ScoreRow> rows;
+  EXPECT_EQ(CSettingParse::ParseScoreRows(std::u16string(kRowA) + u";" + rowWith("2147483647", 1), &rows), E_FAIL);
+  EXPECT_EQ(rows.size(), 1u);
+}
+
 TEST(ParseScoreRowTest, EveryCommaOfTheListStartsANumber) {
   ScoreRow row;
   // An empty piece counts as a number and reads as 0; text reads as 0 too.

@@ -85,6 +85,8 @@ HRESULT CCorvaneDataProviderObject::GetValue(BSTR bstrKey, BSTR* lpbstrValue) {
 }
 
 HRESULT CCorvaneDataProviderObject::GetCorvaneDB(IUnknown** lppURLsMgr) {
+  // The interface is reachable by any host through QueryInterface.
+  if (lppURLsMgr == nullptr) return E_POINTER;
   *reinterpret_cast<CCorvaneDB**>(lppURLsMgr) = &m_db;
   return S_OK;
 }

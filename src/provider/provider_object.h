@@ -29,7 +29,8 @@ class CCorvaneDataProviderObject final
   HRESULT ForceUpdateData() override;
   HRESULT GetValue(BSTR bstrKey, BSTR* lpbstrValue) override;
 
-  // ICorvaneDataProviderInner: writes a plain CCorvaneDB pointer.
+  // ICorvaneDataProviderInner: writes a plain CCorvaneDB pointer, no
+  // reference taken; E_POINTER for a null out argument.
   HRESULT GetCorvaneDB(IUnknown** lppURLsMgr) override;
 
  private:

@@ -76,7 +76,11 @@ bool ReadVisit(IExtractItem* item, Visit* visit) {
   visit->name = TextOf(item->GetName());
   visit->count = item->GetVisitCount();
   visit->browser = item->GetBrowser();
-  FormatVisitStamp(time, &visit->stamp);
+  // The stamp's weekday comes from the date, not from the extractor. The
+  // digit stands before the time, so a wrong one (6 on a Tuesday, or 12)
+  // would put the stamp out of time order as text; max(VisitTime) would then
+  // miss the newest visit, and the next update would store visits again.
+  static_cast<void>(TimeNumberToStamp(visit->timeNumber, &visit->stamp));
   visit->day = DayNumber(visit->timeNumber);
   return true;
 }

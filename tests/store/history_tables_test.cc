@@ -162,6 +162,36 @@ TEST_F(HistoryTablesTest, IEMergeDecisionTable) {
   EXPECT_EQ(Config(u"IEHistoryAddedBK"), u"2024.03.05");
 }
 
+// The stamp took the extractor's weekday. 5 March 2024 is a Tuesday (2): a
+// 6 sorted the 09:00 visit above the later ones as text, so max(VisitTime)
+// missed the newest visit and the same delivery was stored again.
+TEST_F(HistoryTablesTest, WrongWeekdaysOfTheExtractorDoNotStoreADeliveryTwice) {
+  auto at = [](uint16_t hour, uint16_t weekday) {
+    SYSTEMTIME time = Time(2024, 3, 5, hour);
+    time.wDayOfWeek = weekday;
+    return time;
+  };
+  Visit(u"http://a.example.com/", at(9, 6));
+  Visit(u"http://b.example.com/", at(10, 2));
+  Visit(u"http://c.example.com/", at(11, 12));
+  ASSERT_EQ(AddNew(), S_OK);
+  EXPECT_EQ(Config(u"AddHistoryCount"), u"3");
+  StatementPtr stmt = m_db.Prepare(u"select VisitTime from THistory order by VisitTime desc");
+  EXPECT_EQ(URLs(std::move(stmt), 0), (std::vector<std::u16string>{u"2024.03.05 2 11:00:00.000",
+                                                                    u"2024.03.05 2 10:00:00.000",
+                                                                    u"2024.03.05 2 09:00:00.000"}));
+  ASSERT_EQ(AddNew(), S_OK);
+  EXPECT_EQ(Config(u"AddHistoryCount"), u"0");
+  EXPECT_EQ(Number(u"select count(*) from THistory"), 3);
+
+  // The IE snapshot gets the same stamps.
+  m_delivery.Clear();
+  Visit(u"http://ie.example.com/", at(8, 5), 1, BROWSER_IE);
+  ASSERT_EQ(Merge(), S_OK);
+  StatementPtr ie = m_db.Prepare(u"select VisitTime from TIEHistory");
+  EXPECT_EQ(URLs(std::move(ie), 0), std::vector<std::u16string>{u"2024.03.05 2 08:00:00.000"});
+}
+
 TEST_F(HistoryTablesTest, SearchTreatsLikeCharactersAsText) {
   Visit(u"http://a.example.com/50%off", Time(2024, 3, 5, 9));
   Visit(u"http://a.example.com/500off", Time(2024, 3, 5, 10));

@@ -7,6 +7,7 @@
 // it could be neither ordered nor grouped by day.
 
 #include <cstdio>
+#include <limits>
 
 #include "common/debug_log.h"
 #include "common/local_clock.h"
@@ -223,6 +224,15 @@ void StoreSnapshotRow(MergeState* state, const Visit& visit) {
   if (BindIEHistoryRow(state->snapshotInsert, visit) && state->snapshotInsert->Execute()) ++state->snapshot;
 }
 
+// The visits since the snapshot: the delivered count less the stored one,
+// taken in 64 bits since both come from outside and may be anything, and
+// held to what the column's 32 bits can take.
+int32_t AddedVisits(int32_t newCount, int32_t oldCount) {
+  int64_t added = int64_t{newCount} - int64_t{oldCount};
+  return added > std::numeric_limits<int32_t>::max() ? std::numeric_limits<int32_t>::max()
+                                                     : static_cast<int32_t>(added);
+}
+
 void AddMergedVisit(MergeState* state, const Visit& visit, int32_t count) {
   StatementPtr insert = state->db->Prepare(kInsertHistory);
   if (insert && BindHistoryRow(insert.get(), visit, count, BROWSER_IE) && insert->Execute()) ++state->added;
@@ -250,7 +260,7 @@ void MergeOneItem(MergeState* state, const Visit& visit) {
     // A newer last visit without a higher count tells nothing new: the old
     // row stays as it stood.
     if (visit.count <= oldCount) return;
-    AddMergedVisit(state, visit, visit.count - oldCount);
+    AddMergedVisit(state, visit, AddedVisits(visit.count, oldCount));
   }
   ReplaceSnapshotRow(state, oldHID, visit);
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "common/time_stamp.h"
 #include "common/utf.h"
 #include "store/corvane_db.h"
@@ -190,6 +192,26 @@ TEST_F(HistoryTablesTest, WrongWeekdaysOfTheExtractorDoNotStoreADeliveryTwice) {
   ASSERT_EQ(Merge(), S_OK);
   StatementPtr ie = m_db.Prepare(u"select VisitTime from TIEHistory");
   EXPECT_EQ(URLs(std::move(ie), 0), std::vector<std::u16string>{u"2024.03.05 2 08:00:00.000"});
+}
+
+// Counts come from outside: an old count of -5 and a new one of INT32_MAX
+// made the difference overflow a 32-bit int.
+TEST_F(HistoryTablesTest, MergeOfHostileCountsHoldsTheDifferenceToThirtyTwoBits) {
+  const std::u16string url = u"http://ie.example.com/";
+  auto deliver = [&](SYSTEMTIME time, int32_t count) {
+    m_delivery.Clear();
+    Visit(url, time, count, BROWSER_IE);
+    return Merge();
+  };
+  ASSERT_EQ(deliver(Time(2024, 3, 1, 8), -5), S_OK);
+  ASSERT_EQ(deliver(Time(2024, 3, 2, 8), std::numeric_limits<int32_t>::max()), S_OK);
+  EXPECT_EQ(Number(u"select VisitCount from THistory"), std::numeric_limits<int32_t>::max());
+  ASSERT_EQ(deliver(Time(2024, 3, 2, 8), std::numeric_limits<int32_t>::min()), S_OK);
+  ASSERT_EQ(deliver(Time(2024, 3, 3, 8), std::numeric_limits<int32_t>::max()), S_OK);
+  ASSERT_EQ(deliver(Time(2024, 3, 4, 8), -1), S_OK);  // newer, count not higher: nothing
+  EXPECT_EQ(Number(u"select count(*) from THistory where VisitCount = 2147483647"), 2);
+  EXPECT_EQ(Number(u"select count(*) from THistory"), 2);
+  EXPECT_EQ(Number(u"select VisitCount from TIEHistory"), std::numeric_limits<int32_t>::max());
 }
 
 TEST_F(HistoryTablesTest, SearchTreatsLikeCharactersAsText) {

@@ -34,7 +34,9 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
   // The gate: any difference of the date, forward or backward, opens it.
   if (!bForce && AsciiCompareIgnoreCaseN(begin, lastUpdate, kStampDateChars) == 0) return S_OK;
   static_cast<void>(LoadWhiteList());
-  static_cast<void>(m_db.BeginTransaction());
+  // The run goes ahead without the transaction should it not begin; only a
+  // pair that began is ended, so a failed begin leaves the nesting count.
+  bool began = m_db.BeginTransaction();
   HRESULT hr = E_FAIL;
   {
     // The driver unloads the extraction library when it goes, before the
@@ -42,7 +44,7 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
     CUpdateDriver driver(&m_db, &m_settings);
     hr = driver.Run();
   }
-  static_cast<void>(m_db.EndTransaction());
+  if (began) static_cast<void>(m_db.EndTransaction());
   std::u16string end = StampNow();
   if (FAILED(hr)) return E_FAIL;
   if (FAILED(m_db.SetConfig(kLastUpdate, end))) return E_FAIL;

@@ -38,7 +38,9 @@ HRESULT CCorvaneDB::WritePreparedURLs(const PreparedMap& map) {
 
 HRESULT CCorvaneDB::BuildRecommendURLsFromMap(const PreparedMap& map) {
   if (map.empty()) return S_FALSE;
-  static_cast<void>(BeginTransaction());
+  // The table is built with or without a transaction of its own; only a
+  // pair that began is ended, so a failed begin leaves the nesting count.
+  bool began = BeginTransaction();
   // Saved before the table is emptied.
   HideMap hidden;
   HRESULT saved = GetHiddenRecommendURLs(&hidden);
@@ -64,7 +66,7 @@ HRESULT CCorvaneDB::BuildRecommendURLsFromMap(const PreparedMap& map) {
   }
   insert.reset();
   if (saved == 0) static_cast<void>(ReapplyHiddenRecommendURLs(hidden, kHideFactor));
-  static_cast<void>(EndTransaction());
+  if (began) static_cast<void>(EndTransaction());
   return S_OK;
 }
 

@@ -44,7 +44,9 @@ std::u16string FactorText(float factor) {
 }
 
 HRESULT ReapplyHidden(CCorvaneDB* db, const HiddenTable& target, const HideMap& map, float hideFactor) {
-  static_cast<void>(db->BeginTransaction());
+  // The marks go back with or without a transaction of their own; only a
+  // pair that began is ended, so a failed begin leaves the nesting count.
+  bool began = db->BeginTransaction();
   for (const auto& [key, saved] : map) {
     int32_t value = saved == 2 ? -1 : saved;
     float factor = value < 1 ? hideFactor : 1.0f;
@@ -53,7 +55,7 @@ HRESULT ReapplyHidden(CCorvaneDB* db, const HiddenTable& target, const HideMap& 
     StatementPtr stmt = db->Prepare(sql);
     if (stmt && stmt->BindInt(0, value) && stmt->BindText16(1, key)) static_cast<void>(stmt->Execute());
   }
-  static_cast<void>(db->EndTransaction());
+  if (began) static_cast<void>(db->EndTransaction());
   return 0;
 }
 

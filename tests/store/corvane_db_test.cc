@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
+#include <utility>
+
 #include "common/utf.h"
 #include "store/schema.h"
 #include "support/test_host.h"
@@ -50,6 +54,108 @@ TEST_F(CorvaneDBTest, NestingPairIssuesOneBeginAndCommitsAtTheLastEnd) {
   EXPECT_FALSE(m_db.EndTransaction());
   EXPECT_TRUE(m_db.BeginTransaction());
   EXPECT_TRUE(m_db.EndTransaction());
+}
+
+// Counts the "begin" and "commit" statements that reach the connection.
+class StatementCounter {
+ public:
+  explicit StatementCounter(sqlite3* db) : m_db(db) { sqlite3_trace_v2(db, SQLITE_TRACE_STMT, &Trace, this); }
+  ~StatementCounter() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
+  StatementCounter(const StatementCounter&) = delete;
+  StatementCounter& operator=(const StatementCounter&) = delete;
+  int begins = 0;
+  int commits = 0;
+
+ private:
+  static int Trace(unsigned, void* context, void*, void* sql) {
+    auto* self = static_cast<StatementCounter*>(context);
+    std::string text = static_cast<const char*>(sql);
+    if (text == "begin") ++self->begins;
+    if (text == "commit") ++self->commits;
+    return 0;
+  }
+  sqlite3* m_db;
+};
+
+// Whether the nesting count is 0: a pair then issues its own begin and
+// commit, and leaves no transaction open.
+void ExpectPairBeginsAndCommits(CCorvaneDB* db) {
+  StatementCounter counter(db->Handle());
+  EXPECT_TRUE(db->BeginTransaction());
+  EXPECT_EQ(sqlite3_get_autocommit(db->Handle()), 0);
+  EXPECT_TRUE(db->EndTransaction());
+  EXPECT_EQ(sqlite3_get_autocommit(db->Handle()), 1);
+  EXPECT_EQ(counter.begins, 1);
+  EXPECT_EQ(counter.commits, 1);
+}
+
+TEST_F(CorvaneDBTest, FailedBeginLeavesTheNestingCountAtZero) {
+  // A plain transaction is open, so the pair's "begin" fails.
+  ASSERT_TRUE(m_db.Begin());
+  EXPECT_FALSE(m_db.BeginTransaction());
+  ASSERT_TRUE(m_db.Commit());
+  ExpectPairBeginsAndCommits(&m_db);
+}
+
+// These writers ended a pair whose begin had failed, which took the count to
+// -1 for good: no later pair began or committed again.
+TEST_F(CorvaneDBTest, WritersWhoseBeginFailedDoNotEndThePair) {
+  ASSERT_TRUE(m_db.Exec(schema::kCreateRecommendURL));
+  const HideMap marks = {{u"example.com", 1}};
+  PreparedMap prepared;
+  prepared[u"example.com/"].Name = u"Example";
+  prepared[u"example.com/"].VisitTime = u"2024.03.05 2 09:00:00.000";
+  const std::pair<const char*, std::function<void()>> writers[] = {
+      {"ReapplyHiddenRecommendDomains", [&] { static_cast<void>(m_db.ReapplyHiddenRecommendDomains(marks)); }},
+      {"ReapplyHiddenSubDomains", [&] { static_cast<void>(m_db.ReapplyHiddenSubDomains(marks)); }},
+      {"ReapplyHiddenRecommendURLs", [&] { static_cast<void>(m_db.ReapplyHiddenRecommendURLs(marks, 0.7f)); }},
+      {"BuildRecommendURLsFromMap", [&] { static_cast<void>(m_db.BuildRecommendURLsFromMap(prepared)); }},
+  };
+  for (const auto& [name, write] : writers) {
+    SCOPED_TRACE(name);
+    ASSERT_TRUE(m_db.Begin());
+    write();
+    ASSERT_TRUE(m_db.Commit());
+    ExpectPairBeginsAndCommits(&m_db);
+  }
+  // The table was still built without a transaction of its own.
+  EXPECT_EQ(Count(u"select count(*) from TRecommendURL"), 1);
+}
+
+TEST_F(CorvaneDBTest, OpeningAnExistingFileChangesNoData) {
+  ASSERT_TRUE(m_db.Exec(u"insert into TFocusURL(Name, URL) values('a', 'http://a/')"));
+  ASSERT_TRUE(m_db.Exec(u"insert into THistory values(null, 'n', 'http://h/', 3, '2024.03.05 2 09:00:00.000', 154561, 1, 2)"));
+  auto snapshot = [this] {
+    std::u16string rows;
+    for (const char16_t* sql : {u"select ID || Name || URL from TFocusURL",
+                                u"select HID || Name || URL || VisitCount || VisitTime || VisitDate || HideDate || Browser "
+                                u"from THistory",
+                                u"select group_concat(name || sql) from (select * from sqlite_master order by name)"}) {
+      StatementPtr stmt = m_db.Prepare(sql);
+      while (stmt && stmt->Step()) rows += stmt->ColumnText16(0) + u"\n";
+    }
+    return rows;
+  };
+  const std::u16string before = snapshot();
+  ASSERT_EQ(m_db.Close(), S_OK);
+  ASSERT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), false), S_OK);
+  EXPECT_EQ(snapshot(), before);
+  EXPECT_EQ(Count(u"select count(*) from THistory"), 1);
+}
+
+TEST_F(CorvaneDBTest, CreateIndexOfThreeColumnsListsThemInOrder) {
+  ASSERT_TRUE(m_db.Exec(u"drop index if exists TFavorite_URL_Name_Path"));
+  ASSERT_EQ(m_db.CreateIndex(u"TFavorite", u"URL", u"Name", u"Path"), S_OK);
+  StatementPtr stmt = m_db.Prepare(u"select name from pragma_index_info('TFavorite_URL_Name_Path') order by seqno");
+  std::u16string columns;
+  while (stmt && stmt->Step()) columns += (columns.empty() ? u"" : u",") + stmt->ColumnText16(0);
+  EXPECT_EQ(columns, u"URL,Name,Path");
+  // The second column alone, with the third left out.
+  ASSERT_EQ(m_db.CreateIndex(u"TFavorite", u"Name", u"Path"), S_OK);
+  stmt = m_db.Prepare(u"select name from pragma_index_info('TFavorite_Name_Path') order by seqno");
+  columns.clear();
+  while (stmt && stmt->Step()) columns += (columns.empty() ? u"" : u",") + stmt->ColumnText16(0);
+  EXPECT_EQ(columns, u"Name,Path");
 }
 
 TEST_F(CorvaneDBTest, ExecuteOfSelectWithoutRowFailsWithDone) {

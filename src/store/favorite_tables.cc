@@ -116,8 +116,8 @@ HRESULT CCorvaneDB::RemoveFocusURL(std::u16string_view url) {
 }
 
 HRESULT CCorvaneDB::RemoveFocusByID(std::u16string_view id) {
-  // The original statement puts the id in as a number: anything else would
-  // not form a statement.
+  // An ID is a row number: text that is no decimal number names no row and
+  // is refused as a failed removal, not run as one that matches nothing.
   if (!IsDecimalId(id)) return E_FAIL;
   return ExecWithTexts(this, u"delete from TFocusURL where ID = ?;", {id});
 }

@@ -59,6 +59,24 @@ TEST_F(FavoriteTablesTest, OneRowPerFixedURLNameAndPath) {
   EXPECT_EQ(m_db.IsFavoriteURL(u"other.example.com"), S_FALSE);
 }
 
+// Null texts read as empty ones: such an item is the same favourite as one
+// whose texts are empty, and it is stored as '' rather than NULL, so that it
+// is found again and not stored on every update.
+TEST_F(FavoriteTablesTest, NullAndEmptyTextsAreOneFavoriteStoredAsEmptyText) {
+  auto nullTexts = std::make_unique<ScriptedItem>(u"x", u"http://x.example.com/", SYSTEMTIME{}, 0, 2, u"y");
+  nullTexts->SetNullTexts();
+  m_delivery.Add(std::move(nullTexts));
+  Favorite(u"", u"", u"");
+  Favorite(u"", u"http://example.com/", u"");
+  ASSERT_EQ(Add(), S_OK);
+  EXPECT_EQ(Number(u"select count(*) from TFavorite"), 2);
+  EXPECT_EQ(Number(u"select count(*) from TFavorite where Name = '' and URL = '' and FixedURL = '' and Path = ''"), 1);
+  EXPECT_EQ(Number(u"select count(*) from TFavorite where Name is null or URL is null or Path is null"), 0);
+  ASSERT_EQ(Add(), S_OK);
+  EXPECT_EQ(Number(u"select count(*) from TFavorite"), 2);
+  EXPECT_EQ(m_db.FindFavorite(u"example.com", u"", u""), S_OK);
+}
+
 TEST_F(FavoriteTablesTest, ListingHidesAndClear) {
   Favorite(u"B", u"http://b.example.com/", u"Zeta");
   Favorite(u"A", u"http://a.example.com/", u"Alpha");

@@ -25,6 +25,7 @@ Json::Value ItemsToJson(const std::map<uint32_t, std::vector<FakeItem>>& items) 
       value["time"] = item.time;
       value["count"] = item.count;
       if (item.browser != 0) value["browser"] = item.browser;
+      if (item.nullTexts) value["null_texts"] = true;
       array.append(value);
     }
     out[std::to_string(browser)] = array;
@@ -58,5 +59,9 @@ std::vector<std::string> ReadLines(const std::string& path) {
 std::string FakeHarvestLibrary() { return test::BuildLibDir() + "/libFakeVisitHarvest.so"; }
 
 std::string NoFactoryHarvestLibrary() { return test::BuildLibDir() + "/libNoFactoryHarvest.so"; }
+
+std::string NoDefaultBrowserHarvestLibrary() { return test::BuildLibDir() + "/libNoDefaultBrowserHarvest.so"; }
+
+std::string NoInstalledHarvestLibrary() { return test::BuildLibDir() + "/libNoInstalledHarvest.so"; }
 
 }  // namespace corvane::testing

@@ -19,6 +19,7 @@ struct FakeItem {
   int count = 1;
   uint32_t browser = 0;  // 0: the browser the item is filed under
   bool null = false;     // the extractor hands out a null item
+  bool nullTexts = false;  // name, URL and path are null pointers
 };
 
 struct FakeFixture {
@@ -36,9 +37,13 @@ struct FakeFixture {
 // The lines of a call log, in order; empty when there is none.
 std::vector<std::string> ReadLines(const std::string& path);
 
-// The scripted library and its no-factory sibling in the build tree.
+// The scripted library and its siblings in the build tree: one without the
+// factory, and the scripted one without GetDefautBrowser or without
+// IsBrowserInstalled.
 std::string FakeHarvestLibrary();
 std::string NoFactoryHarvestLibrary();
+std::string NoDefaultBrowserHarvestLibrary();
+std::string NoInstalledHarvestLibrary();
 
 }  // namespace corvane::testing
 

@@ -6,7 +6,9 @@
 // impossible dates included. Each Extract call can be logged as a line
 // "Extract <browser> <kind> <count>", so that a test sees which browsers
 // were asked and in which order. Without a fixture, nothing is installed
-// and every browser delivers nothing.
+// and every browser delivers nothing. Built a second and a third time with
+// FAKE_HARVEST_WITHOUT_DEFAULT_BROWSER or FAKE_HARVEST_WITHOUT_INSTALLED, it
+// lacks the export of that name, as a library may.
 
 #include <json/json.h>
 
@@ -86,7 +88,8 @@ class FakeItem final : public IExtractItem {
         m_path(Widen(item.get("path", "").asString())),
         m_time(ParseTime(item.get("time", "").asString())),
         m_count(item.get("count", 1).asInt()),
-        m_browser(item.get("browser", browser).asUInt()) {}
+        m_browser(item.get("browser", browser).asUInt()),
+        m_nullTexts(item.get("null_texts", false).asBool()) {}
 
   uint32_t GetKind() override { return 0; }
   uint32_t GetBrowser() override { return m_browser; }
@@ -94,9 +97,9 @@ class FakeItem final : public IExtractItem {
   void GetVisitTime(SYSTEMTIME* lpTime) override {
     if (lpTime != nullptr) *lpTime = m_time;
   }
-  const char16_t* GetName() override { return m_name.c_str(); }
-  const char16_t* GetURL() override { return m_url.c_str(); }
-  const char16_t* GetPath() override { return m_path.c_str(); }
+  const char16_t* GetName() override { return m_nullTexts ? nullptr : m_name.c_str(); }
+  const char16_t* GetURL() override { return m_nullTexts ? nullptr : m_url.c_str(); }
+  const char16_t* GetPath() override { return m_nullTexts ? nullptr : m_path.c_str(); }
   int32_t GetVisitCount() override { return m_count; }
 
  private:
@@ -106,6 +109,7 @@ class FakeItem final : public IExtractItem {
   SYSTEMTIME m_time;
   int32_t m_count;
   uint32_t m_browser;
+  bool m_nullTexts;  // every text a null pointer
 };
 
 class FakeExtractor final : public IExtractor {
@@ -159,10 +163,13 @@ __attribute__((visibility("default"))) bool CreateVisitHarvestObj(IExtractor** l
   return true;
 }
 
+#ifndef FAKE_HARVEST_WITHOUT_DEFAULT_BROWSER
 __attribute__((visibility("default"))) uint32_t GetDefautBrowser() {
   return ReadFixture().get("default", 0).asUInt();
 }
+#endif
 
+#ifndef FAKE_HARVEST_WITHOUT_INSTALLED
 __attribute__((visibility("default"))) bool IsBrowserInstalled(uint32_t uBrowser) {
   const Json::Value fixture = ReadFixture();
   for (const Json::Value& value : fixture["installed"]) {
@@ -170,5 +177,6 @@ __attribute__((visibility("default"))) bool IsBrowserInstalled(uint32_t uBrowser
   }
   return false;
 }
+#endif
 
 }  // extern "C"

@@ -13,17 +13,20 @@ int32_t CEURLDomainElement::Compare(int32_t index, intptr_t /*key*/, intptr_t ne
 
 void CEURLDomainElement::RemoveAt(int32_t index) {
   if (index < 0 || static_cast<size_t>(index) >= m_entries.size()) return;
+  m_positions.erase(m_entries[static_cast<size_t>(index)]->MainDomain);
   m_entries.erase(m_entries.begin() + index);
+  // The entries behind the gap moved up by one. Only a full list evicts,
+  // so this walk is as long as the bound.
+  for (size_t i = static_cast<size_t>(index); i < m_entries.size(); ++i) {
+    m_positions[m_entries[i]->MainDomain] = static_cast<int32_t>(i);
+  }
 }
 
 DomainEntry* CEURLDomainElement::FindDomain(std::u16string_view mainDomain, int32_t* lpPosition) const {
-  // The list holds at most the domain limit of entries: a walk is enough.
-  for (size_t i = 0; i < m_entries.size(); ++i) {
-    if (m_entries[i]->MainDomain != mainDomain) continue;
-    if (lpPosition != nullptr) *lpPosition = static_cast<int32_t>(i);
-    return m_entries[i].get();
-  }
-  return nullptr;
+  auto found = m_positions.find(mainDomain);
+  if (found == m_positions.end()) return nullptr;
+  if (lpPosition != nullptr) *lpPosition = found->second;
+  return m_entries[static_cast<size_t>(found->second)].get();
 }
 
 void CEURLDomainElement::AddDomain(std::u16string_view url, int64_t time) {
@@ -39,6 +42,7 @@ void CEURLDomainElement::AddDomain(std::u16string_view url, int64_t time) {
   }
   if (!TryInsert(reinterpret_cast<intptr_t>(&time))) return;
   m_entries.push_back(std::make_unique<DomainEntry>(DomainEntry{std::move(mainDomain), time}));
+  m_positions.emplace(m_entries.back()->MainDomain, static_cast<int32_t>(m_entries.size() - 1));
 }
 
 }  // namespace corvane

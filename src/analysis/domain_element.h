@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "analysis/element_base.h"
@@ -22,7 +23,8 @@ class CEURLDomainElement : public CElementBase {
  public:
   // Keeps the URL's main domain with the time, or moves it earlier.
   void AddDomain(std::u16string_view url, int64_t time);
-  // The entry of a main domain, or null; its position in *lpPosition.
+  // The entry of a main domain, or null; its position in *lpPosition. A
+  // hash lookup, kept right as entries are evicted.
   DomainEntry* FindDomain(std::u16string_view mainDomain, int32_t* lpPosition = nullptr) const;
   const std::vector<std::unique_ptr<DomainEntry>>& Entries() const { return m_entries; }
 
@@ -34,6 +36,9 @@ class CEURLDomainElement : public CElementBase {
 
  private:
   std::vector<std::unique_ptr<DomainEntry>> m_entries;
+  // The position of each main domain in m_entries; the key views the
+  // entry's own string, which never moves.
+  std::unordered_map<std::u16string_view, int32_t> m_positions;
 };
 
 }  // namespace corvane

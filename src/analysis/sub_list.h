@@ -3,8 +3,10 @@
 //
 // A rule is a regular expression (ECMAScript grammar, case-sensitive) that
 // must match a whole host name, and holds only for hosts of its own main
-// domain, compared exactly. A rule whose text doesn't compile is dropped.
-// This is the one use of regular expressions in the system.
+// domain, compared exactly. A rule whose text doesn't compile is dropped,
+// and so is one too long, too deeply nested or repeating into too large an
+// automaton to compile and match safely; matching takes time linear in the
+// host. This is the one use of regular expressions in the system.
 
 #ifndef CORVANE_ANALYSIS_SUB_LIST_H_
 #define CORVANE_ANALYSIS_SUB_LIST_H_
@@ -20,7 +22,8 @@ class CCorvaneDB;
 
 class CSubListRule {
  public:
-  // A rule whose expression doesn't compile has none and never holds.
+  // A rule whose expression is refused or doesn't compile has none and
+  // never holds.
   CSubListRule(std::u16string mainDomain, std::u16string_view expression);
   ~CSubListRule();
   CSubListRule(const CSubListRule&) = delete;

@@ -20,16 +20,13 @@ constexpr char kUnknown[] = "Unknown";
 // Deeper nesting than any white list needs is taken as a damaged file
 // before the parser's recursion could exhaust the stack.
 constexpr int kJsonStackLimit = 64;
-// A white list is a few hundred kilobytes; anything far larger is no white
-// list and is not read into memory.
-constexpr std::streamoff kMaxFileBytes = 64 << 20;
 
 bool ReadWholeFile(const std::u16string& path, std::string* lpText) {
   std::ifstream in(ToFsPath(path), std::ios::binary);
   if (!in) return false;
   in.seekg(0, std::ios::end);
   std::streamoff size = in.tellg();
-  if (size <= 0 || size > kMaxFileBytes) return false;
+  if (size <= 0 || size > kMaxWhiteListBytes) return false;
   in.seekg(0);
   lpText->resize(static_cast<size_t>(size));
   return static_cast<bool>(in.read(lpText->data(), size));
@@ -61,9 +58,22 @@ bool ParseWhiteListText(std::string_view text, Json::Value* lpRoot) {
   // The text ends at its first zero byte; a byte order mark is no JSON.
   text = text.substr(0, text.find('\0'));
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+  // The file is read as the classic reader with comment collection reads
+  // it: comments are allowed, nothing else beyond strict JSON. The builder
+  // allows trailing commas and skips a byte order mark by default; both are
+  // turned off here (the one mark allowed was taken off above).
   Json::CharReaderBuilder builder;
   builder["allowComments"] = true;
   builder["collectComments"] = true;
+  builder["allowTrailingCommas"] = false;
+  builder["allowSingleQuotes"] = false;
+  builder["allowSpecialFloats"] = false;
+  builder["allowDroppedNullPlaceholders"] = false;
+  builder["allowNumericKeys"] = false;
+  builder["strictRoot"] = false;
+  builder["failIfExtra"] = false;
+  builder["rejectDupKeys"] = false;
+  builder["skipBom"] = false;
   builder["stackLimit"] = kJsonStackLimit;
   std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   std::string errors;

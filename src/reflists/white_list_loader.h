@@ -13,6 +13,7 @@
 
 #include <json/value.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,11 @@
 namespace corvane {
 
 class CCorvaneDB;
+
+// The largest file that is read. A list of a thousand sites is under 200 KB;
+// the parsed tree takes some fifty times the size of the text, so a file
+// far beyond any white list is refused before it is read into memory.
+inline constexpr int64_t kMaxWhiteListBytes = 4 << 20;
 
 // Reads the data folder's WhiteList.js into the tables. S_OK, or E_FAIL
 // when the file is missing, unreadable or malformed.

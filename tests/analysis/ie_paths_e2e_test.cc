@@ -40,6 +40,52 @@ TEST_F(AnalysisTest, IEOnlyPathSumsTheSnapshotUntilIEVisitsReachTheHistory) {
   EXPECT_EQ(Config("H1"), "1");
 }
 
+TEST_F(AnalysisTest, IEOnlyPathSumsAURLOverThreeDatesAndAveragesPerDate) {
+  UseIEOnly();
+  // IE keeps one entry per address, so one page reaches three dates under
+  // three spellings that share the fixed form "site.com".
+  IEVisit("http://www.site.com/", "2024-03-10 09:00:00.000", 2, "Newest");
+  IEVisit("http://site.com/", "2024-03-09 09:00:00.000", 1, "Middle");
+  IEVisit("http://www.site.com", "2024-03-08 09:00:00.000", 3, "Oldest");
+  ASSERT_EQ(Update(), S_OK);
+  EXPECT_EQ(Config("IEHistoryAdded"), "");
+  ASSERT_EQ(Scalar("select count(distinct VisitDate) from TIEHistory"), "3");
+  // One row: the visits summed and averaged over the three dates, with the
+  // newest spelling, title and time.
+  EXPECT_EQ(Scalar("select Name from TRecommendURL"), "Newest");
+  EXPECT_EQ(Scalar("select LastVisitTime = (select max(VisitTimeLong) from TIEHistory) from TRecommendURL"), "1");
+  EXPECT_EQ(Rows("select URL, FixedURL, VisitCount, AvgVisitCount, Weight from TRecommendURL"),
+            std::vector<std::string>{"http://www.site.com/|site.com|6|2|0"});
+  EXPECT_EQ(Scalar("select count(*) from TPreparedURL"), "0");
+}
+
+TEST_F(AnalysisTest, IERowsOnTheNormalPathCountWithoutATitleAndAllPassTheOneSecondRule) {
+  UseIEOnly();
+  IEVisit("http://seed.com/", "2024-03-08 10:00:00.000", 1);
+  ASSERT_EQ(Update(), S_OK);
+  m_fixture.history[BROWSER_IE] = {};
+  IEVisit("http://seed.com/", "2024-03-08 10:00:00.000", 1);
+  // Without a title: counted all the same.
+  IEVisit("http://untitled.com/", "2024-03-10 08:00:00.000", 1, "");
+  // A file page and, half a second older, its bare host. Other browsers'
+  // rows would drop the file page as a step inside the site and count the
+  // host; every IE row passes the rule of one second instead, so the file
+  // page counts and the host, too soon after it, does not.
+  IEVisit("http://fast.com/page.html", "2024-03-10 10:00:00.500", 1);
+  IEVisit("http://fast.com/", "2024-03-10 10:00:00.000", 1);
+  // Four folder pages of one host 400 ms apart: the reference time stays
+  // at the first until a row lies a full second from it.
+  IEVisit("http://beat.com/a/", "2024-03-10 11:00:01.200", 1);
+  IEVisit("http://beat.com/b/", "2024-03-10 11:00:00.800", 1);
+  IEVisit("http://beat.com/c/", "2024-03-10 11:00:00.400", 1);
+  IEVisit("http://beat.com/d/", "2024-03-10 11:00:00.000", 1);
+  ASSERT_EQ(Update(), S_OK);
+  ASSERT_EQ(Config("IEHistoryAdded"), "2024.03.10");
+  EXPECT_EQ(Rows("select URL from TPreparedURL where DayIndex = 0 order by URL"),
+            (std::vector<std::string>{"beat.com/a", "beat.com/d", "fast.com/page.html", "untitled.com"}));
+  EXPECT_EQ(Scalar("select Name from TPreparedURL where URL = 'untitled.com'"), "");
+}
+
 TEST_F(AnalysisTest, IEOnlyPathWithAnEmptySnapshotKeepsTheRecommendations) {
   for (int day = 1; day <= 9; ++day) Visit("http://blog.me.org/", "2024-03-0" + std::to_string(day) + " 10:00:00.000");
   ASSERT_EQ(Update(), S_OK);

@@ -2,6 +2,8 @@
 // library, one forced update, and the tables it leaves. "Now" is
 // 2024-03-10 20:00.
 
+#include <algorithm>
+
 #include "analysis/analysis_host.h"
 
 namespace corvane::testing {
@@ -20,49 +22,93 @@ TEST_F(AnalysisTest, WalkInsideASiteCountsOnlyItsEntryPage) {
 }
 
 // Each case is one date with two visits, Last five seconds after Cur; Cur
-// is always counted at the end of its date.
+// is always counted at the end of its date. The line is the debug line of
+// the decision, without its prefix.
 struct PairCase {
   const char* last;
   const char* cur;
   bool lastCounted;
+  const char* line;
 };
 
+// The fixed form of a URL as the tests spell them.
+std::string Fixed(std::string url) {
+  if (url.rfind("http://", 0) == 0) url = url.substr(7);
+  if (url.back() == '/') url.pop_back();
+  return url;
+}
+
 TEST_F(AnalysisTest, EveryRowOfThePairDecisionTable) {
+  test::ScopedEnv debug("CORVANE_DEBUG", m_dir.File("debug.log").c_str());
   const PairCase kCases[] = {
-      {"http://s1.com/a?x", "http://s1.com/b?y", false},             // same host, F-F, both dynamic
-      {"http://s2.com/a.html", "http://s2.com/b.html", false},       // same host, F-F, both plain
-      {"http://s3.com/a?x", "http://s3.com/b.html", true},           // same host, F-F, dynamic and plain
-      {"http://s4.com/a.html", "http://s4.com/", false},             // same host, F-P
-      {"http://s5.com/dir/", "http://s5.com/", true},                // same host, P-P
-      {"http://s6.com/", "http://s6.com/a.html", true},              // same host, P-F
-      {"http://d1.com/", "http://d2.com/", true},                    // other host, P-P
-      {"http://d3.com/", "http://d4.com/a.html", true},              // other host, P-F
-      {"http://www2.m1.com/a.html", "http://news.m1.com/", false},   // F-P under one main domain
-      {"http://x.m2.com/a.html", "http://y.m3.com/", true},          // F-P under two main domains
-      {"http://d5.com/a.html", "http://d6.com/b.html", true},        // other host, F-F
-      {"http://CASE.com/a.html", "http://case.com/", false},         // hosts differing in case are one host
-      {"https://s7.com", "https://s7.com/b.html", false},            // an https bare host is a file page
+      // same host, F-F, both dynamic
+      {"http://s1.com/a?x", "http://s1.com/b?y", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:s1.com/a?x]"},
+      // same host, F-F, both plain
+      {"http://s2.com/a.html", "http://s2.com/b.html", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:s2.com/a.html]"},
+      // same host, F-F, dynamic and plain
+      {"http://s3.com/a?x", "http://s3.com/b.html", true, "[S,F-F,Dynamic(DN;ND)]Cur->Last[LastURL:s3.com/a?x]"},
+      // same host, F-P
+      {"http://s4.com/a.html", "http://s4.com/", false, "[S,F-P]Cur->Last[LastURL:s4.com/a.html]"},
+      // same host, P-P
+      {"http://s5.com/dir/", "http://s5.com/", true, "[S,P-P] AddLastURL[LastURL:s5.com/dir]"},
+      // same host, P-F
+      {"http://s6.com/", "http://s6.com/a.html", true, "[S,P-F] AddLastURL[LastURL:s6.com]"},
+      // other host, P-P
+      {"http://d1.com/", "http://d2.com/", true, "[P-P] AddLastURL[LastURL:d1.com]"},
+      // other host, P-F
+      {"http://d3.com/", "http://d4.com/a.html", true, "[P-F] AddLastURL[LastURL:d3.com]"},
+      // F-P under one main domain
+      {"http://www2.m1.com/a.html", "http://news.m1.com/", false,
+       "[F-P,SameMainDomain]Cur->Last[LastURL:www2.m1.com/a.html]"},
+      // F-P under two main domains
+      {"http://x.m2.com/a.html", "http://y.m3.com/", true,
+       "[F-P,NotSameMainDomain] AddLastURL[LastURL:x.m2.com/a.html]"},
+      // other host, F-F
+      {"http://d5.com/a.html", "http://d6.com/b.html", true, "[F-F] AddLastURL[LastURL:d5.com/a.html]"},
+      // hosts differing in case are one host
+      {"http://CASE.com/a.html", "http://case.com/", false, "[S,F-P]Cur->Last[LastURL:CASE.com/a.html]"},
+      // an https bare host is a file page
+      {"https://s7.com", "https://s7.com/b.html", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:https://s7.com]"},
   };
   // One date per case, counting back from today across the end of February.
   int day = 10;
-  for (const PairCase& pair : kCases) {
+  auto nextDate = [&day]() {
     std::string date = day > 0 ? "2024-03-" + std::string(day < 10 ? "0" : "") + std::to_string(day)
                                : "2024-02-" + std::to_string(29 + day);
+    --day;
+    return date;
+  };
+  for (const PairCase& pair : kCases) {
+    std::string date = nextDate();
     Visit(pair.last, date + " 10:00:05.000");
     Visit(pair.cur, date + " 10:00:00.000");
-    --day;
   }
+  // One more date, where a URL is counted a second time: r.com is Last
+  // twice, eight seconds apart, each time before another host's folder.
+  std::string date = nextDate();
+  Visit("http://r.com/", date + " 10:00:10.000");
+  Visit("http://q.com/", date + " 10:00:05.000");
+  Visit("http://r.com/", date + " 10:00:02.000");
+  Visit("http://q2.com/", date + " 10:00:00.000");
   ASSERT_EQ(Update(), S_OK);
+
+  std::vector<std::string> lines = ClassificationLines(m_dir.File("debug.log"));
+  auto count = [&lines](const std::string& line) { return std::count(lines.begin(), lines.end(), line); };
   for (const PairCase& pair : kCases) {
-    std::string fixed = std::string(pair.last);
-    if (fixed.rfind("http://", 0) == 0) fixed = fixed.substr(7);
-    if (fixed.back() == '/') fixed.pop_back();
-    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + fixed + "'"), pair.lastCounted ? "1" : "0")
+    std::string last = Fixed(pair.last);
+    EXPECT_EQ(count(pair.line), 1) << pair.last << " before " << pair.cur;
+    EXPECT_EQ(count("AddURL(" + last + ") AddOK 0"), pair.lastCounted ? 1 : 0) << pair.last;
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + last + "'"), pair.lastCounted ? "1" : "0")
         << pair.last << " before " << pair.cur;
-    std::string cur = std::string(pair.cur).substr(pair.cur[4] == 's' ? 0 : 7);
-    if (cur.back() == '/') cur.pop_back();
-    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + cur + "'"), "1") << pair.cur;
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + Fixed(pair.cur) + "'"), "1") << pair.cur;
   }
+  EXPECT_EQ(count("[P-P] AddLastURL[LastURL:r.com]"), 2);
+  EXPECT_EQ(count("AddURL(r.com) AddOK 0"), 1);
+  EXPECT_EQ(count("AddURL(r.com) AddVisitCount 0X1"), 1);
+  EXPECT_EQ(Scalar("select VisitCount from TPreparedURL where URL = 'r.com'"), "2");
+  // Thirteen decisions and the three of the last date, nothing else.
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& line) { return line.rfind("[", 0) == 0; }),
+            16);
 }
 
 TEST_F(AnalysisTest, SameURLTwiceOnADateIsOneRowWithTheSumAndTheOlderStamp) {

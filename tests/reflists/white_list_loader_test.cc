@@ -107,5 +107,76 @@ TEST_F(WhiteListTest, DamagedFilesChangeNothing) {
   EXPECT_EQ(LoadWhiteListFrom(&m_db, FromUtf8(m_dir.File("WhiteList.js"))), E_FAIL);
 }
 
+TEST_F(WhiteListTest, TrailingCommasAndOtherLooseSyntaxAreSyntaxErrors) {
+  ASSERT_EQ(Load(kGoodFile), S_OK);
+  const std::string before = Dump();
+  const std::string kLoose[] = {
+      R"({"names": [{"domain": "x.com", "name": "X"},]})",                  // comma behind the last element
+      R"({"names": [{"domain": "x.com", "name": "X",}]})",                  // comma behind the last member
+      R"({"names": [{"domain": "x.com", "name": "X"}],})",                  // the same at the root
+      R"({"names": [{'domain': 'x.com', 'name': 'X'}]})",                   // single quotes
+      R"({"names": [{"domain": "x.com", "name": "X"}], "n": NaN})",         // special floats
+      R"({"names": [, {"domain": "x.com", "name": "X"}]})",                 // dropped placeholder
+      "\xEF\xBB\xBF\xEF\xBB\xBF{\"names\": [{\"domain\": \"x.com\", \"name\": \"X\"}]}",  // a second mark
+  };
+  for (const std::string& content : kLoose) {
+    EXPECT_EQ(Load(content), E_FAIL) << content;
+    EXPECT_EQ(Dump(), before) << content;
+  }
+  // Comments are the one extension read, before, inside and after the object.
+  EXPECT_EQ(Load("/* lead */ {\"names\": [ // one\n {\"domain\": \"x.com\", \"name\": \"X\"}]} // tail"), S_OK);
+  EXPECT_EQ(Rows("select Domain from TNames"), std::vector<std::string>{"x.com"});
+}
+
+TEST_F(WhiteListTest, FileOverTheSizeCapIsNotRead) {
+  ASSERT_EQ(Load(kGoodFile), S_OK);
+  const std::string before = Dump();
+  const std::string json = R"({"names": [{"domain": "big.com", "name": "Big"}]})";
+  std::string padded = json;
+  padded.resize(static_cast<size_t>(kMaxWhiteListBytes) + 1, ' ');
+  EXPECT_EQ(Load(padded), E_FAIL);
+  EXPECT_EQ(Dump(), before);
+  // One byte less is read.
+  padded.pop_back();
+  EXPECT_EQ(Load(padded), S_OK);
+  EXPECT_EQ(Rows("select Domain from TNames"), std::vector<std::string>{"big.com"});
+}
+
+TEST_F(WhiteListTest, FileWithOnlyNamesKeepsTheThreeListTables) {
+  ASSERT_EQ(Load(kGoodFile), S_OK);
+  const std::vector<std::string> whiteList = Rows("select Name || MainDomain || Domain || SubName from TWhiteList");
+  ASSERT_EQ(Load(R"({"names": [{"domain": "n.com", "name": "N"}]})"), S_OK);
+  EXPECT_EQ(Rows("select Name || MainDomain || Domain || SubName from TWhiteList"), whiteList);
+  EXPECT_EQ(Rows("select Domain from TBlackList"), std::vector<std::string>{"worse.com"});
+  EXPECT_EQ(Rows("select MainDomain || ' ' || Domain from TSubList"),
+            std::vector<std::string>{"blog.com [a-z]+\\.blog\\.com"});
+  EXPECT_EQ(Rows("select Domain || '=' || Name from TNames"), std::vector<std::string>{"n.com=N"});
+}
+
+TEST_F(WhiteListTest, GroupsWithoutDomainsOrWithoutMainDomainAndDomainObjectsWithoutDomain) {
+  ASSERT_EQ(Load(kGoodFile), S_OK);
+  ASSERT_EQ(Load(R"({
+    "whitelist": [
+      {"maindomain": "bare.com", "name": "Bare"},
+      {"name": "NoMain", "domains": [{"domain": "x.nomain.com", "name": "X"}]},
+      {"maindomain": "part.com", "domains": [{"name": "NoDomain"}, {"domain": "ok.part.com"}]}
+    ],
+    "blacklist": [{"maindomain": "b.com", "name": "B"}],
+    "sublist": [{"domains": [{"domain": "[a-z]+\\.s\\.com"}]}]
+  })"),
+            S_OK);
+  // A group without "domains" keeps its main-domain row; a group without
+  // "maindomain" adds no row at all, not even the extra one; a domain
+  // object without "domain" is skipped and its siblings stay.
+  EXPECT_EQ(Rows("select Name || '/' || MainDomain || '/' || Domain || '/' || SubName from TWhiteList"),
+            (std::vector<std::string>{"Bare/bare.com/bare.com/Bare", "Unknown/part.com/ok.part.com/Unknown",
+                                      "Unknown/part.com/part.com/Unknown"}));
+  // The black and sub lists are rebuilt from their arrays, which give no row.
+  EXPECT_EQ(Rows("select count(*) from TBlackList"), std::vector<std::string>{"0"});
+  EXPECT_EQ(Rows("select count(*) from TSubList"), std::vector<std::string>{"0"});
+  EXPECT_EQ(Rows("select count(*) from TWhiteList where MainDomain is null or Domain is null"),
+            std::vector<std::string>{"0"});
+}
+
 }  // namespace
 }  // namespace corvane

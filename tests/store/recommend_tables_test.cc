@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "analysis/update_driver.h"
 #include "common/utf.h"
+#include "settings/score_settings.h"
 #include "store/corvane_db.h"
 #include "store/schema.h"
 #include "support/test_host.h"
@@ -37,20 +39,25 @@ class RecommendTablesTest : public ::testing::Test {
     return rows;
   }
 
+  // The rebuild of the update cycle, as the driver runs it.
   void Rebuild() {
-    HideMap urls;
-    HRESULT saved = m_db.GetHiddenRecommendURLs(&urls);
-    ASSERT_EQ(m_db.BuildRecommendURLs(), S_OK);
-    ASSERT_EQ(m_db.BuildRecommendDomains(), S_OK);
-    if (saved == 0) m_db.ReapplyHiddenRecommendURLs(urls, kHideFactor);
-    static_cast<void>(m_db.MarkTopDomains());
-    ASSERT_EQ(m_db.BuildZSTable(), S_OK);
-    ASSERT_EQ(m_db.BuildSubDomains(), S_OK);
+    CUpdateDriver driver(&m_db, &m_settings);
+    ASSERT_EQ(driver.BuildRecommendTables(), S_OK);
+  }
+
+  // White-listed hosts of their own main domain, with these scores.
+  void Domains(const std::vector<int>& scores) {
+    for (size_t i = 0; i < scores.size(); ++i) {
+      std::string host = "s" + std::to_string(i) + ".com";
+      H2Row(host, host, host, scores[i]);
+      WhiteListed(host, host);
+    }
   }
 
   test::TempDir m_dir;
   test::ScopedEnv m_appData;
   CCorvaneDB m_db;
+  CScoreSettings m_settings;
 };
 
 TEST_F(RecommendTablesTest, OutstandingHostIsFlaggedAboveMeanPlusTwoAndAHalfDeviations) {
@@ -65,6 +72,23 @@ TEST_F(RecommendTablesTest, OutstandingHostIsFlaggedAboveMeanPlusTwoAndAHalfDevi
   EXPECT_EQ(Rows("select Domain from TRecommendDomain where T2Flag = 1"), std::vector<std::string>{"big.com"});
   // Pages of white-listed hosts leave the single pages.
   EXPECT_TRUE(Rows("select URL from TRecommendURL").empty());
+}
+
+TEST_F(RecommendTablesTest, FlagLimitUsesThePopulationDeviationAroundTheTruncatedMean) {
+  // Mean 4/7 cut to 0, population deviation 1.195: limit 2.99, cut to 2.
+  // A sample deviation (limit 3.2) or the exact mean (limit 3.19) would
+  // flag nothing, and neither would a limit rounded to 3.
+  Domains({0, 0, 0, 0, 0, 1, 3});
+  Rebuild();
+  EXPECT_EQ(Rows("select Domain from TRecommendDomain where T2Flag = 1"), std::vector<std::string>{"s6.com"});
+}
+
+TEST_F(RecommendTablesTest, SingleDomainFlagsNothingAndNoDomainIsAFailure) {
+  Domains({500});
+  Rebuild();
+  EXPECT_EQ(Rows("select Domain || ':' || T2Flag from TRecommendDomain"), std::vector<std::string>{"s0.com:0"});
+  Exec("delete from TRecommendDomain");
+  EXPECT_EQ(m_db.MarkTopDomains(), E_FAIL);
 }
 
 TEST_F(RecommendTablesTest, EqualScoresFlagNothingAndBlackListWins) {
@@ -82,6 +106,67 @@ TEST_F(RecommendTablesTest, EqualScoresFlagNothingAndBlackListWins) {
   // Only the page above the truncated average visit count is marked.
   EXPECT_EQ(Rows("select FixedURL || ':' || AvgVisitCount from TRecommendURL order by FixedURL"),
             (std::vector<std::string>{"page.org/x:1", "page.org/y:0"}));
+}
+
+TEST_F(RecommendTablesTest, VisitCountEqualToTheTruncatedAverageIsNotMarked) {
+  // Average 2: the page at 2 stays unmarked.
+  H2Row("a.org/1", "a.org", "a.org", 1, 1);
+  H2Row("a.org/2", "a.org", "a.org", 1, 2);
+  H2Row("a.org/3", "a.org", "a.org", 1, 3);
+  Rebuild();
+  EXPECT_EQ(Rows("select FixedURL || ':' || AvgVisitCount from TRecommendURL order by FixedURL"),
+            (std::vector<std::string>{"a.org/1:0", "a.org/2:0", "a.org/3:1"}));
+  // Counts that wrapped below zero: -5 / 2 is cut to -2, which -2 doesn't
+  // exceed, though it lies above the exact average of -2.5.
+  Exec("delete from h2");
+  H2Row("b.org/1", "b.org", "b.org", 1, -2);
+  H2Row("b.org/2", "b.org", "b.org", 1, -3);
+  Rebuild();
+  EXPECT_EQ(Rows("select FixedURL || ':' || AvgVisitCount from TRecommendURL order by FixedURL"),
+            (std::vector<std::string>{"b.org/1:0", "b.org/2:0"}));
+}
+
+TEST_F(RecommendTablesTest, HiddenPageOfAHostThatJoinedTheWhiteListUpdatesNoRow) {
+  H2Row("page.org/x", "page.org", "page.org", 10);
+  H2Row("other.net/y", "other.net", "other.net", 4);
+  Rebuild();
+  Exec("update TRecommendURL set Hide = 2 where FixedURL = 'page.org/x'");
+  // The host joins the white list: its page leaves the single pages
+  // before the marks are written back, so the mark finds no row and the
+  // host's score is the page's weight as it was built.
+  WhiteListed("page.org", "page.org");
+  Rebuild();
+  EXPECT_EQ(Rows("select FixedURL || ':' || Hide || ':' || Weight from TRecommendURL"),
+            std::vector<std::string>{"other.net/y:0:4"});
+  EXPECT_EQ(Rows("select Domain || ':' || Hide || ':' || Score from TRecommendDomain"),
+            std::vector<std::string>{"page.org:0:10"});
+}
+
+TEST_F(RecommendTablesTest, HideMarksSurviveTheRebuildFromTheIEOnlyMap) {
+  PreparedMap map;
+  auto add = [&map](const std::u16string& fixedURL, int32_t visits) {
+    CPreparedURL record;
+    record.Name = u"N";
+    record.VisitTime = u"2024.03.10 0 09:00:00.000";
+    record.hadWww = 1;
+    record.hadSlash = 1;
+    record.VisitCount = visits;
+    map.emplace(fixedURL, record);
+  };
+  add(u"keep.com", 3);
+  add(u"later.com", 2);
+  add(u"gone.com", 1);
+  ASSERT_EQ(m_db.BuildRecommendURLsFromMap(map), S_OK);
+  Exec("update TRecommendURL set Hide = 1 where FixedURL = 'keep.com'");
+  Exec("update TRecommendURL set Hide = 2 where FixedURL = 'later.com'");
+  Exec("update TRecommendURL set Hide = 2 where FixedURL = 'gone.com'");
+  map.erase(u"gone.com");
+  ASSERT_EQ(m_db.BuildRecommendURLsFromMap(map), S_OK);
+  // The marks are saved before the table is emptied and written back by
+  // URL: for good stays 1, until-rebuild becomes -1, a URL no longer in
+  // the map has no row to carry it.
+  EXPECT_EQ(Rows("select URL || ':' || Hide || ':' || VisitCount from TRecommendURL order by URL"),
+            (std::vector<std::string>{"http://www.keep.com/:1:3", "http://www.later.com/:-1:2"}));
 }
 
 TEST_F(RecommendTablesTest, SubSitesOfAFlaggedMainDomainGoToTZS) {

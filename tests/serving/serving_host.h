@@ -42,8 +42,11 @@ class SeedDb {
 class ServingTest : public ::testing::Test {
  protected:
   ServingTest();
+  // Releases the provider and checks that the library could go: by then a
+  // test has given back everything it took, and so has the fixture built
+  // on this one, whose members are gone before this runs.
+  ~ServingTest() override;
   void SetUp() override;
-  void TearDown() override;
 
   // Writes DBConfig.ini lines (today's "LastUpdate" always, so Initialize
   // creates the schema without running the update) plus extra lines.

@@ -4,9 +4,11 @@
 #include <grp.h>
 #include <sys/acl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
+#include <vector>
 
 #include "common/debug_log.h"
 #include "common/text_util.h"
@@ -14,6 +16,10 @@
 
 namespace corvane {
 namespace {
+
+// The most that a group's entry in the group database may take; a group
+// with more members than that is not looked up.
+constexpr size_t kMaxGroupBuffer = 1 << 20;
 
 // The generic rights of an access mask, as POSIX permission bits.
 constexpr uint32_t kGenericRead = 0x80000000;
@@ -31,9 +37,11 @@ class ScopedAcl {
   ScopedAcl& operator=(const ScopedAcl&) = delete;
   acl_t Get() const { return m_acl; }
   acl_t* Put() { return &m_acl; }
-  void Reset(acl_t acl) {
-    if (m_acl != nullptr) acl_free(m_acl);
-    m_acl = acl;
+  // Hands the list to the caller, who frees it.
+  acl_t Release() {
+    acl_t acl = m_acl;
+    m_acl = nullptr;
+    return acl;
   }
 
  private:
@@ -87,48 +95,83 @@ bool WriteAcl(const std::string& path, acl_type_t type, acl_t acl) {
   return false;
 }
 
-// The default list of a folder, so that files made in it inherit the entry.
-// A folder without one starts from the base entries of its mode.
-bool GrantDefault(const std::string& path, mode_t mode, gid_t gid, uint32_t mask) {
-  ScopedAcl defaults(acl_get_file(path.c_str(), ACL_TYPE_DEFAULT));
-  if (defaults.Get() == nullptr) {
-    DebugLog("GetFileSecurity() failed. Error %d\n", errno);
-    return false;
-  }
-  if (acl_entries(defaults.Get()) <= 0) defaults.Reset(acl_from_mode(mode));
-  if (defaults.Get() == nullptr || !GrantGroup(defaults.Put(), gid, mask)) {
+// A list of the file; null with a debug line when it can't be read
+// (ENOTSUP: the file system keeps no access lists).
+acl_t ReadAcl(const std::string& path, acl_type_t type) {
+  acl_t acl = acl_get_file(path.c_str(), type);
+  if (acl == nullptr) DebugLog("GetFileSecurity() failed. Error %d\n", errno);
+  return acl;
+}
+
+// A copy of the list with the group's entry added; a default list that is
+// empty starts from the base entries of the folder's mode. Null with a
+// debug line when it can't be made.
+acl_t WithGroup(acl_t acl, acl_type_t type, mode_t mode, gid_t gid, uint32_t mask) {
+  const bool fromMode = type == ACL_TYPE_DEFAULT && acl_entries(acl) <= 0;
+  ScopedAcl granted(fromMode ? acl_from_mode(mode) : acl_dup(acl));
+  if (granted.Get() == nullptr || !GrantGroup(granted.Put(), gid, mask)) {
     DebugLog("AddAccessAllowedAceEx() failed. Error %d\n", errno);
+    return nullptr;
+  }
+  return granted.Release();
+}
+
+// Puts a folder's default list back as it was read: an empty one is
+// removed, since an empty list can't be written.
+void RestoreDefaults(const std::string& path, acl_t previous) {
+  const int rc = acl_entries(previous) > 0 ? acl_set_file(path.c_str(), ACL_TYPE_DEFAULT, previous)
+                                           : acl_delete_def_file(path.c_str());
+  if (rc != 0) DebugLog("SetFileSecurity() failed. Error %d\n", errno);
+}
+
+// The id of the group named by the account ("Users" is the group "users").
+bool LookUpGroup(std::u16string_view account, gid_t* lpGid) {
+  const std::string groupName = ToUtf8(AsciiLowerCopy(account));
+  long size = sysconf(_SC_GETGR_R_SIZE_MAX);
+  std::vector<char> buffer(size > 0 ? static_cast<size_t>(size) : 1024);
+  struct group entry;
+  struct group* found = nullptr;
+  int rc = 0;
+  while ((rc = getgrnam_r(groupName.c_str(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
+         buffer.size() < kMaxGroupBuffer) {
+    buffer.resize(buffer.size() * 2);
+  }
+  if (rc != 0 || found == nullptr) {
+    DebugLog("LookupAccountName() failed. ErrorCode:%08X\r\n", static_cast<unsigned>(rc));
     return false;
   }
-  return WriteAcl(path, ACL_TYPE_DEFAULT, defaults.Get());
+  *lpGid = found->gr_gid;
+  return true;
 }
 
 }  // namespace
 
+// Both lists are worked out before anything is written. On a folder the
+// default list goes first and the access list last; if the access list
+// can't be written, the default list is put back, so that a failure leaves
+// the object as it was.
 bool GrantFolderAccess(std::u16string_view path, std::u16string_view account, uint32_t mask) {
-  // Accounts are groups here: "Users" is the group "users".
-  const std::string groupName = ToUtf8(AsciiLowerCopy(account));
-  const struct group* group = getgrnam(groupName.c_str());
-  if (group == nullptr) {
-    DebugLog("LookupAccountName() failed. ErrorCode:%08X\r\n", static_cast<unsigned>(errno));
-    return false;
-  }
-  const gid_t gid = group->gr_gid;
+  gid_t gid = 0;
+  if (!LookUpGroup(account, &gid)) return false;
   const std::string file = ToUtf8(path);
   struct stat info;
-  ScopedAcl access(stat(file.c_str(), &info) == 0 ? acl_get_file(file.c_str(), ACL_TYPE_ACCESS) : nullptr);
-  if (access.Get() == nullptr) {
-    // ENOTSUP: the file system keeps no access lists.
+  if (stat(file.c_str(), &info) != 0) {
     DebugLog("GetFileSecurity() failed. Error %d\n", errno);
     return false;
   }
-  if (!GrantGroup(access.Put(), gid, mask)) {
-    DebugLog("AddAccessAllowedAceEx() failed. Error %d\n", errno);
-    return false;
-  }
-  if (!WriteAcl(file, ACL_TYPE_ACCESS, access.Get())) return false;
-  if (S_ISDIR(info.st_mode)) return GrantDefault(file, info.st_mode, gid, mask);
-  return true;
+  ScopedAcl access(ReadAcl(file, ACL_TYPE_ACCESS));
+  if (access.Get() == nullptr) return false;
+  ScopedAcl newAccess(WithGroup(access.Get(), ACL_TYPE_ACCESS, info.st_mode, gid, mask));
+  if (newAccess.Get() == nullptr) return false;
+  if (!S_ISDIR(info.st_mode)) return WriteAcl(file, ACL_TYPE_ACCESS, newAccess.Get());
+
+  ScopedAcl defaults(ReadAcl(file, ACL_TYPE_DEFAULT));
+  if (defaults.Get() == nullptr) return false;
+  ScopedAcl newDefaults(WithGroup(defaults.Get(), ACL_TYPE_DEFAULT, info.st_mode, gid, mask));
+  if (newDefaults.Get() == nullptr || !WriteAcl(file, ACL_TYPE_DEFAULT, newDefaults.Get())) return false;
+  if (WriteAcl(file, ACL_TYPE_ACCESS, newAccess.Get())) return true;
+  RestoreDefaults(file, defaults.Get());
+  return false;
 }
 
 }  // namespace corvane

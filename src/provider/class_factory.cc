@@ -1,5 +1,6 @@
 #include "provider/class_factory.h"
 
+#include <atomic>
 #include <memory>
 
 #include "platform/module_lock.h"
@@ -28,10 +29,29 @@ HRESULT CClassFactory::CreateInstance(IUnknown* pOuter, const IID& riid, void** 
   return m_create(riid, ppvObject);
 }
 
+namespace {
+
+// The locks that LockServer holds on the module, over all class objects. An
+// unlock gives back one of these and nothing else: without a matching lock
+// it would take a live object's lock, or drive the module's count below 0,
+// where DllCanUnloadNow would never say S_OK again.
+std::atomic<long> g_serverLocks{0};
+
+bool TakeBackServerLock() {
+  long held = g_serverLocks.load();
+  while (held > 0) {
+    if (g_serverLocks.compare_exchange_weak(held, held - 1)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 HRESULT CClassFactory::LockServer(int32_t fLock) {
   if (fLock != 0) {
     ModuleLock();
-  } else {
+    g_serverLocks.fetch_add(1);
+  } else if (TakeBackServerLock()) {
     ModuleUnlock();
   }
   return S_OK;

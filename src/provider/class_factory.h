@@ -2,7 +2,8 @@
 //
 // Each creatable class has one class object, made on the first request and
 // kept until the library unloads. Its reference count is atomic and does not
-// lock the module; LockServer moves the module's lock count. Outer objects
+// lock the module; LockServer moves the module's lock count, and an unlock
+// without a lock of LockServer to match changes nothing. Outer objects
 // (aggregation) are refused with CLASS_E_NOAGGREGATION.
 
 #ifndef CORVANE_PROVIDER_CLASS_FACTORY_H_

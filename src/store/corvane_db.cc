@@ -1,5 +1,7 @@
 #include "store/corvane_db.h"
 
+#include <limits>
+
 #include "platform/app_data.h"
 #include "platform/folder_access.h"
 #include "platform/ini_file.h"
@@ -69,11 +71,33 @@ HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer
   return stmt->ColumnInt64(0) > 0 ? S_OK : S_FALSE;
 }
 
-bool IsDecimalId(std::u16string_view text) {
-  if (text.empty() || text.size() > 18) return false;
-  for (char16_t c : text) {
+namespace {
+
+// The white space that SQL skips around a number.
+bool IsSqlBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f'; }
+
+}  // namespace
+
+bool IsDecimalId(std::u16string_view text, int64_t* lpValue) {
+  size_t begin = 0;
+  size_t end = text.size();
+  while (begin < end && IsSqlBlank(text[begin])) ++begin;
+  while (end > begin && IsSqlBlank(text[end - 1])) --end;
+  const bool negative = begin < end && text[begin] == u'-';
+  if (begin < end && (text[begin] == u'-' || text[begin] == u'+')) ++begin;
+  if (begin == end) return false;
+  // Gathered as a negative number, whose range reaches one further than
+  // the positive one: "-9223372036854775808" fits.
+  int64_t value = 0;
+  for (size_t i = begin; i < end; ++i) {
+    const char16_t c = text[i];
     if (c < u'0' || c > u'9') return false;
+    const int digit = c - u'0';
+    if (value < (std::numeric_limits<int64_t>::min() + digit) / 10) return false;
+    value = value * 10 - digit;
   }
+  if (!negative && value == std::numeric_limits<int64_t>::min()) return false;
+  if (lpValue != nullptr) *lpValue = negative ? value : -value;
   return true;
 }
 

@@ -237,9 +237,12 @@ HRESULT ExecWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_
 // E_FAIL when it can't be asked.
 HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts);
 
-// True when the text is a decimal number that fits in 64 bits (ids that a
-// host passes as text are checked with it before they are bound).
-bool IsDecimalId(std::u16string_view text);
+// True when the text is a decimal number that fits in a signed 64-bit
+// integer: digits with an optional sign, blanks around them allowed, as
+// SQL would read the text put into a statement. Ids that a host passes as
+// text are checked with it before they are bound; the number goes to
+// *lpValue when that is not null.
+bool IsDecimalId(std::u16string_view text, int64_t* lpValue = nullptr);
 
 }  // namespace corvane
 

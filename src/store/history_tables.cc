@@ -112,12 +112,44 @@ std::u16string WithLimit(std::u16string_view sql, uint32_t uLimit) {
 bool IsAllWord(std::u16string_view text) { return AsciiEqualsIgnoreCase(text, u"All"); }
 
 // The pattern "%text%" of a search, the special characters of like escaped
-// with "/".
+// with "/". like stops reading its pattern at a NUL, so the text counts up
+// to its first one; a NUL kept inside would anchor the pattern to the end.
 std::u16string LikePattern(std::u16string_view text) {
+  text = text.substr(0, text.find(u'\0'));
   std::u16string pattern(1, u'%');
   pattern.append(CCorvaneDB::EscapeSearchText(text));
   pattern.push_back(u'%');
   return pattern;
+}
+
+// Bytes of the text once SQLite has converted it to UTF-8, which is what
+// like measures its pattern in. Any unit from 0xD800 to 0xDFFF takes the
+// unit behind it along into one four-byte character, as SQLite's own
+// conversion does; a lone one at the end counts as three bytes.
+size_t Utf8Bytes(std::u16string_view text) {
+  size_t bytes = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char16_t unit = text[i];
+    if (unit < 0x80) {
+      bytes += 1;
+    } else if (unit < 0x800) {
+      bytes += 2;
+    } else if (unit >= 0xD800 && unit < 0xE000 && i + 1 < text.size()) {
+      bytes += 4;
+      ++i;
+    } else {
+      bytes += 3;
+    }
+  }
+  return bytes;
+}
+
+// like refuses a longer pattern with an error at the first row it tests,
+// and a row loop can't tell that from the end of the rows: a search for
+// such a text has to fail before it runs, not come back empty.
+bool PatternFitsLike(CCorvaneDB* db, std::u16string_view pattern) {
+  const int limit = sqlite3_limit(db->Handle(), SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
+  return limit >= 0 && Utf8Bytes(pattern) <= static_cast<size_t>(limit);
 }
 
 HRESULT PrepareInto(CCorvaneDB* db, std::u16string_view sql, StatementPtr* lppStmt) {
@@ -325,7 +357,13 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
   if (uBrowser != 0) sql += u" and  Browser = " + Number(uBrowser);
   sql += u" order by VisitDate desc, VisitTime desc;";
   StatementPtr stmt = db->Prepare(sql);
-  if (!stmt || !stmt->BindText16(0, LikePattern(text))) return E_FAIL;
+  if (!stmt) return E_FAIL;
+  const std::u16string pattern = LikePattern(text);
+  if (!PatternFitsLike(db, pattern)) {
+    DebugLog("search text of %zu characters is too long for like", text.size());
+    return E_FAIL;
+  }
+  if (!stmt->BindText16(0, pattern)) return E_FAIL;
   *lppStmt = std::move(stmt);
   return S_OK;
 }

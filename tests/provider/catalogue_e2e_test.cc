@@ -2,8 +2,14 @@
 // interfaces each one offers, managers handed out by the provider, and the
 // unload test while objects live.
 
+#include <elf.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "support/test_host.h"
@@ -47,6 +53,38 @@ ComPtr<IUnknown> CreateByClsid(const CLSID& clsid) {
   return ComPtr<IUnknown>(object);
 }
 
+IClassFactory* ClassObject(const CLSID& clsid) {
+  IClassFactory* factory = nullptr;
+  EXPECT_EQ(LoadComponent().DllGetClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+  return factory;
+}
+
+// The names of the symbols that a shared library defines for others to
+// bind to: the global and weak entries of its dynamic symbol table.
+std::set<std::string> DefinedDynamicSymbols(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::vector<char> image((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  std::set<std::string> names;
+  if (image.size() < sizeof(Elf64_Ehdr)) return {"<unreadable>"};
+  const auto* header = reinterpret_cast<const Elf64_Ehdr*>(image.data());
+  if (header->e_ident[EI_CLASS] != ELFCLASS64 || header->e_shoff + header->e_shnum * sizeof(Elf64_Shdr) > image.size()) {
+    return {"<not a 64-bit ELF file>"};
+  }
+  const auto* sections = reinterpret_cast<const Elf64_Shdr*>(image.data() + header->e_shoff);
+  for (uint16_t i = 0; i < header->e_shnum; ++i) {
+    if (sections[i].sh_type != SHT_DYNSYM) continue;
+    const Elf64_Shdr& strings = sections[sections[i].sh_link];
+    const auto* symbols = reinterpret_cast<const Elf64_Sym*>(image.data() + sections[i].sh_offset);
+    for (size_t k = 0; k < sections[i].sh_size / sizeof(Elf64_Sym); ++k) {
+      const Elf64_Sym& symbol = symbols[k];
+      const unsigned char binding = ELF64_ST_BIND(symbol.st_info);
+      if (symbol.st_shndx == SHN_UNDEF || binding == STB_LOCAL) continue;
+      names.insert(std::string(image.data() + strings.sh_offset + symbol.st_name));
+    }
+  }
+  return names;
+}
+
 class CatalogueTest : public ::testing::Test {
  protected:
   CatalogueTest() : m_appData("CORVANE_APPDATA", m_dir.Path().c_str()) {}
@@ -74,6 +112,88 @@ TEST_F(CatalogueTest, EveryClassOffersExactlyItsInterfaces) {
       }
     }
   }
+}
+
+TEST_F(CatalogueTest, TheLibraryShowsItsExportsAndNothingElse) {
+  const std::set<std::string> exports = {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer",
+                                         "DllUnregisterServer", "DllInstall", "SysAllocString",
+                                         "SysAllocStringLen", "SysFreeString", "SysStringLen"};
+  EXPECT_EQ(DefinedDynamicSymbols(BuildLibDir() + "/libCorvaneDataProvider.so"), exports);
+}
+
+TEST_F(CatalogueTest, NullOutPointersAreRefused) {
+  EXPECT_EQ(LoadComponent().DllGetClassObject(CLSID_URLInfo, IID_IClassFactory, nullptr), E_POINTER);
+  ComPtr<IClassFactory> factory(ClassObject(CLSID_URLInfo));
+  ASSERT_TRUE(factory);
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_IURLInfo, nullptr), E_POINTER);
+  EXPECT_EQ(factory->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+}
+
+TEST_F(CatalogueTest, CreateInstanceForAnInterfaceTheClassLacks) {
+  for (const ClassCase& entry : Classes()) {
+    SCOPED_TRACE(entry.name);
+    ComPtr<IClassFactory> factory(ClassObject(*entry.clsid));
+    ASSERT_TRUE(factory);
+    const IID& missing = *entry.clsid == CLSID_URLInfo ? IID_IURLInfo2 : IID_IURLInfo;
+    void* out = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(factory->CreateInstance(nullptr, missing, &out), E_NOINTERFACE);
+    EXPECT_EQ(out, nullptr);
+    // The object that was built for the query is gone again.
+    EXPECT_EQ(LoadComponent().DllCanUnloadNow(), S_OK);
+  }
+}
+
+TEST_F(CatalogueTest, RepeatedRequestsGetTheSameClassObject) {
+  for (const ClassCase& entry : Classes()) {
+    SCOPED_TRACE(entry.name);
+    ComPtr<IClassFactory> first(ClassObject(*entry.clsid));
+    ComPtr<IClassFactory> second(ClassObject(*entry.clsid));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first.Get(), second.Get());
+    void* unknown = nullptr;
+    ASSERT_EQ(LoadComponent().DllGetClassObject(*entry.clsid, IID_IUnknown, &unknown), S_OK);
+    EXPECT_EQ(unknown, static_cast<void*>(static_cast<IUnknown*>(first.Get())));
+    static_cast<IUnknown*>(unknown)->Release();
+  }
+  ComPtr<IClassFactory> provider(ClassObject(CLSID_CorvaneDataProviderObject));
+  ComPtr<IClassFactory> array(ClassObject(CLSID_URLArray));
+  EXPECT_NE(provider.Get(), array.Get());
+}
+
+TEST_F(CatalogueTest, LockServerMovesTheUnloadAnswer) {
+  const Component& component = LoadComponent();
+  ComPtr<IClassFactory> info(ClassObject(CLSID_URLInfo));
+  ComPtr<IClassFactory> array(ClassObject(CLSID_URLArray));
+  ASSERT_TRUE(info && array);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
+  EXPECT_EQ(info->LockServer(1), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
+  // The locks of all class objects are the module's: another one unlocks.
+  EXPECT_EQ(array->LockServer(1), S_OK);
+  EXPECT_EQ(array->LockServer(0), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
+  EXPECT_EQ(array->LockServer(0), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
+}
+
+TEST_F(CatalogueTest, UnlockWithoutALockNeitherGoesBelowZeroNorFreesALiveObject) {
+  const Component& component = LoadComponent();
+  ComPtr<IClassFactory> factory(ClassObject(CLSID_URLArray));
+  ASSERT_TRUE(factory);
+  EXPECT_EQ(factory->LockServer(0), S_OK);
+  EXPECT_EQ(factory->LockServer(0), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
+  // A count driven below 0 would come back to 0 here and answer S_OK.
+  EXPECT_EQ(factory->LockServer(1), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
+  EXPECT_EQ(factory->LockServer(0), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
+  // Nor does it take the lock that a live object holds.
+  ComPtr<IUnknown> object = CreateByClsid(CLSID_URLArray);
+  EXPECT_EQ(factory->LockServer(0), S_OK);
+  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
+  object.Reset();
+  EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
 }
 
 TEST_F(CatalogueTest, UnknownClassAndAggregation) {
@@ -165,32 +285,90 @@ TEST_F(CatalogueTest, ManagerKeepsTheModuleAfterTheHostReleasedTheProvider) {
   EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
 }
 
+// Rows from which the recommendation listing builds a promoted record
+// with a "SubDomain" array, a single-URL record, and recent records.
+constexpr char kServingRows[] =
+    "insert into TRecommendDomain values('news.example.com', 'example.com', 133540000000000000, 300, 0, 0);"
+    "insert into TWhiteList values('Example', 'example.com', 'news.example.com', 'Example News');"
+    "insert into TWhiteList values('Example', 'example.com', 'example.com', 'Example Home');"
+    "insert into TWhiteList values('Example', 'example.com', 'mail.example.com', 'Example Mail');"
+    "insert into TZS values('example.com', 'example.com', 133540000000000000, 400, 0, 0);"
+    "insert into TZS values('mail.example.com', 'example.com', 133540000000000000, 100, 0, 0);"
+    "insert into TRecommendURL values('Page', 'http://other.org/p', 'other.org/p', 133540000000000000, 'other.org',"
+    " 'other.org', 50, 0, 3, 1);"
+    "insert into TRecentDomain values('a.com', 'a.com', 133540000000000000, 9, 'A');"
+    "insert into TRecentHistory values(7, 'Page', 'http://b.com/x', 'b.com/x', 133540000000000000, 'b.com', 'b.com', 5,"
+    " 2);"
+    "insert into THistory values(null, 'T', 'http://h/', 1, '2024.03.05 2 08:00:00.000', 154561, 0, 2);"
+    "insert into TFavorite values('F', 'http://f/', 'f', 'Bar', 0);"
+    "insert into TFocusURL(Name, URL) values('Pinned', 'pinned.example.com');";
+
+bool SeedRows(const std::string& path) {
+  sqlite3* db = nullptr;
+  bool ok = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
+            sqlite3_exec(db, kServingRows, nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(db);
+  return ok;
+}
+
+uint32_t CountOf(IUnknown* array) {
+  uint32_t count = 0;
+  ComPtr<IURLArray> list = Query<IURLArray>(array, IID_IURLArray);
+  if (!list || list->GetCount(&count) != S_OK) return 0;
+  return count;
+}
+
 TEST_F(CatalogueTest, HostThatReleasesEverythingLetsTheLibraryGo) {
   const Component& component = LoadComponent();
+  ComPtr<IUnknown> keptSubSite;
   {
     ComPtr<ICorvaneDataProviderObject> provider = CreateProvider();
     ASSERT_EQ(provider->Initialize(nullptr), S_OK);
+    ASSERT_TRUE(SeedRows(m_dir.Path() + "/CorvaneApp/CorvaneAppDB.db"));
     for (uint32_t id = 1; id <= 4; ++id) {
       IUnknown* manager = nullptr;
       ASSERT_EQ(provider->GetURLsManager(id, &manager), S_OK);
       ComPtr<IUnknown> holder(manager);
+      if (id == 1) continue;  // GetURLs of this manager hands out nothing
       ComPtr<IURLsManager> urls = Query<IURLsManager>(manager, IID_IURLsManager);
       IUnknown* array = nullptr;
-      if (SUCCEEDED(urls->GetURLs(0, &array))) array->Release();
+      ASSERT_EQ(urls->GetURLs(0, &array), S_OK);
+      ComPtr<IUnknown> listing(array);
+      EXPECT_EQ(CountOf(listing.Get()), 1u) << "manager " << id;
     }
     IUnknown* manager = nullptr;
     ASSERT_EQ(provider->GetURLsManager(1, &manager), S_OK);
     ComPtr<ICommonUseURLsManager> common = Query<ICommonUseURLsManager>(manager, IID_ICommonUseURLsManager);
     manager->Release();
-    // Without an update the run-time tables may be missing; either way
-    // whatever was handed out goes back.
     IUnknown* array = nullptr;
-    if (SUCCEEDED(common->GetRecomURLs(0, 5, &array, 1))) array->Release();
-    array = nullptr;
-    if (SUCCEEDED(common->GetRecentHistory(0, 5, &array, 0))) array->Release();
+    ASSERT_EQ(common->GetRecomURLs(0, 5, &array, 0), S_OK);
+    ComPtr<IUnknown> recommended(array);
+    ASSERT_GE(CountOf(recommended.Get()), 2u);
+    // The promoted main record, with the old record and the mail site in
+    // its "SubDomain" array; the host keeps one of them beyond the rest.
+    IUnknown* item = nullptr;
+    ASSERT_EQ(Query<IURLArray>(recommended.Get(), IID_IURLArray)->GetItem(0, &item), S_OK);
+    ComPtr<IURLInfo2> main = Query<IURLInfo2>(item, IID_IURLInfo2);
+    item->Release();
+    Bstr key(u"SubDomain");
+    IUnknown* subSites = nullptr;
+    ASSERT_EQ(main->GetExtraInfoUnknown(key.Get(), &subSites), S_OK);
+    ComPtr<IUnknown> subs(subSites);
+    ASSERT_EQ(CountOf(subs.Get()), 2u);
+    ASSERT_EQ(Query<IURLArray>(subs.Get(), IID_IURLArray)->GetItem(1, &item), S_OK);
+    keptSubSite = ComPtr<IUnknown>(item);
+    ASSERT_EQ(common->GetRecentHistory(0, 5, &array, 0), S_OK);
+    ComPtr<IUnknown> recent(array);
+    EXPECT_EQ(CountOf(recent.Get()), 2u);
     for (const ClassCase& entry : Classes()) static_cast<void>(CreateByClsid(*entry.clsid));
     EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
   }
+  // A record of a "SubDomain" array outlives the array and the provider.
+  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
+  Bstr name;
+  ASSERT_EQ(Query<IURLInfo2>(keptSubSite.Get(), IID_IURLInfo2)->GetName(name.Put()), S_OK);
+  EXPECT_EQ(name.Text(), u"Example Mail");
+  keptSubSite.Reset();
   EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
 }
 

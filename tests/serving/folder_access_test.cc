@@ -72,6 +72,24 @@ TEST_F(FolderAccessTest, FolderGetsAccessAndDefaultEntries) {
   EXPECT_NE(AclText(file, ACL_TYPE_ACCESS).find("group:users:"), std::string::npos);
 }
 
+TEST_F(FolderAccessTest, ExistingDefaultEntriesStay) {
+  acl_t start = acl_from_text("u::rwx,g::r-x,o::---,g:root:r-x,u:root:rw-,m::rwx");
+  ASSERT_NE(start, nullptr);
+  ASSERT_EQ(acl_set_file(m_folder.c_str(), ACL_TYPE_DEFAULT, start), 0);
+  acl_free(start);
+
+  ASSERT_TRUE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), kUsersAccount, kGenericAll));
+  const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
+  EXPECT_NE(defaults.find("group:users:rwx"), std::string::npos) << defaults;
+  EXPECT_NE(defaults.find("group:root:r-x"), std::string::npos) << defaults;
+  EXPECT_NE(defaults.find("user:root:rw-"), std::string::npos) << defaults;
+  EXPECT_NE(defaults.find("other::---"), std::string::npos) << defaults;
+  // The access list got its entry too, and kept its own base entries.
+  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS);
+  EXPECT_NE(access.find("group:users:rwx"), std::string::npos) << access;
+  EXPECT_EQ(access.find("group:root:"), std::string::npos) << access;
+}
+
 TEST_F(FolderAccessTest, ExistingEntryOfTheGroupIsReplacedNotDoubled) {
   acl_t start = acl_from_text("u::rwx,g::r-x,o::---,g:users:r--,m::r-x");
   ASSERT_EQ(acl_set_file(m_folder.c_str(), ACL_TYPE_ACCESS, start), 0);

@@ -57,6 +57,9 @@ TEST_F(RecomListingTest, StageOneHasNoBoundAndLaterStagesAreSkipped) {
 }
 
 TEST_F(RecomListingTest, SubSitesListHomeAndKeepTheDomainRecordInFront) {
+  // A row that no white-list entry names takes rowid 1, so that the ID of
+  // the domain row differs from the constant ID 1 of the sub-site records.
+  m_db.Exec(DomainRowSql("TRecommendDomain", "unlisted.org", "unlisted.org", 900));
   AddDomain("news.example.com", "example.com", 300, "Example", "Example News");
   m_db.Exec(DomainRowSql("TZS", "example.com", "example.com", 200) +
             WhiteListSql("Example", "example.com", "example.com", "Example Home"));
@@ -66,7 +69,7 @@ TEST_F(RecomListingTest, SubSitesListHomeAndKeepTheDomainRecordInFront) {
   ComPtr<IUnknown> result = Recom(5, 0);
   ASSERT_EQ(Count(result.Get()), 1u);
   ComPtr<IUnknown> main = ItemOf(result, 0);
-  EXPECT_EQ(ID2(main.Get()), 1u);
+  EXPECT_EQ(ID2(main.Get()), 2u);
   EXPECT_EQ(Name2(main.Get()), u"Example News");
   EXPECT_EQ(URL2(main.Get()), u"news.example.com");
   EXPECT_EQ(ExtraULong(main.Get(), u"WhiteList"), 1u);
@@ -80,10 +83,12 @@ TEST_F(RecomListingTest, SubSitesListHomeAndKeepTheDomainRecordInFront) {
   ComPtr<IUnknown> mail = ItemOf(subs, 1);
   EXPECT_EQ(Name2(mail.Get()), u"Example Mail");
   EXPECT_EQ(URL2(mail.Get()), u"mail.example.com");
+  EXPECT_EQ(ID2(mail.Get()), 1u);
   EXPECT_EQ(ExtraULong(mail.Get(), u"WhiteList"), 3u);
 }
 
 TEST_F(RecomListingTest, BareMainDomainScoringHigherIsPromoted) {
+  m_db.Exec(DomainRowSql("TRecommendDomain", "unlisted.org", "unlisted.org", 900));
   AddDomain("news.example.com", "example.com", 300, "Example", "Example News");
   m_db.Exec(DomainRowSql("TZS", "example.com", "example.com", 400) +
             WhiteListSql("Example", "example.com", "example.com", "Example Home"));
@@ -93,7 +98,7 @@ TEST_F(RecomListingTest, BareMainDomainScoringHigherIsPromoted) {
   ComPtr<IUnknown> result = Recom(5, 0);
   ASSERT_EQ(Count(result.Get()), 1u);
   ComPtr<IUnknown> main = ItemOf(result, 0);
-  EXPECT_EQ(ID2(main.Get()), 1u);  // the domain row's ID
+  EXPECT_EQ(ID2(main.Get()), 2u);  // the domain row's ID
   EXPECT_EQ(Name2(main.Get()), u"Example Home");
   EXPECT_EQ(URL2(main.Get()), u"www.example.com");
   EXPECT_EQ(ExtraULong(main.Get(), u"WhiteList"), 1u);
@@ -106,7 +111,12 @@ TEST_F(RecomListingTest, BareMainDomainScoringHigherIsPromoted) {
   EXPECT_EQ(URL2(old.Get()), u"news.example.com");
   EXPECT_EQ(ExtraULong(old.Get(), u"WhiteList"), 3u);
   EXPECT_EQ(ExtraULong(old.Get(), u"Weight"), 300u);
-  EXPECT_EQ(URL2(ItemOf(subs, 1).Get()), u"mail.example.com");
+  EXPECT_EQ(ID2(old.Get()), 2u);  // the old record keeps the domain row's ID too
+  EXPECT_EQ(Extra(old.Get(), u"Domain"), u"news.example.com");
+  ComPtr<IUnknown> mail = ItemOf(subs, 1);
+  EXPECT_EQ(URL2(mail.Get()), u"mail.example.com");
+  EXPECT_EQ(ID2(mail.Get()), 1u);
+  EXPECT_EQ(ExtraULong(mail.Get(), u"WhiteList"), 3u);
   for (uint32_t i = 0; i < 2; ++i) EXPECT_NE(Name2(ItemOf(subs, i).Get()), u"首页");
 }
 
@@ -188,6 +198,122 @@ TEST_F(RecomListingTest, FocusEntryMovesSiteBetweenTheHalves) {
   EXPECT_EQ(URLs2(back.Get()), (std::vector<std::u16string>{u"www.one.com", u"www.other.com"}));
   ExtraULong(ItemOf(back, 0).Get(), u"FocusID", &hr);
   EXPECT_EQ(hr, E_NOINTERFACE);
+}
+
+TEST_F(RecomListingTest, FocusIDOfEachStageIsLookedUpByItsOwnColumn) {
+  AddDomain("one.com", "one.com", 100, "One", "One");
+  m_db.Exec(DomainRowSql("TSubDomain", "blog.two.com", "two.com", 90) + NamesSql("blog.two.com", "Two Blog"));
+  m_db.Exec(RecommendURLSql("Three", "http://www.three.com/x", "www.three.com", "three.com", 80));
+  ComPtr<IURLsManager> focus = Manager<IURLsManager>(2, IID_IURLsManager);
+  // IDs 1 to 4; the first names no site at all.
+  for (const char16_t* url : {u"unrelated.net", u"one.com", u"blog.two.com", u"http://www.three.com/x"}) {
+    Bstr text(url), name(u"Pinned");
+    ASSERT_EQ(focus->AddURL(text.Get(), name.Get(), 0), S_OK);
+  }
+
+  ComPtr<IUnknown> pinned = Recom(10, 1);
+  ASSERT_EQ(URLs2(pinned.Get()),
+            (std::vector<std::u16string>{u"www.one.com", u"blog.two.com", u"http://www.three.com/x"}));
+  const uint32_t kWhiteList[] = {1, 2, 0};
+  for (uint32_t i = 0; i < 3; ++i) {
+    SCOPED_TRACE(i);
+    HRESULT hr = E_FAIL;
+    EXPECT_EQ(ExtraULong(ItemOf(pinned, i).Get(), u"FocusID", &hr), i + 2);
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(ExtraULong(ItemOf(pinned, i).Get(), u"WhiteList"), kWhiteList[i]);
+  }
+  EXPECT_EQ(Count(Recom(10, 0).Get()), 0u);
+}
+
+TEST_F(RecomListingTest, FocusEntryMatchesNoOtherColumnThanThatOfTheStage) {
+  m_db.Exec(DomainRowSql("TSubDomain", "blog.two.com", "two.com", 90) + NamesSql("blog.two.com", "Two Blog"));
+  m_db.Exec(RecommendURLSql("Three", "http://www.three.com/x", "www.three.com", "three.com", 80));
+  ComPtr<IURLsManager> focus = Manager<IURLsManager>(2, IID_IURLsManager);
+  // The main domain of the sub-domain, and the domain, main domain and
+  // fixed form of the URL record: none of them is the stage's column.
+  for (const char16_t* url : {u"two.com", u"www.three.com", u"three.com", u"www.three.com/x"}) {
+    Bstr text(url), name(u"Pinned");
+    ASSERT_EQ(focus->AddURL(text.Get(), name.Get(), 0), S_OK);
+  }
+  EXPECT_EQ(Count(Recom(10, 1).Get()), 0u);
+  EXPECT_EQ(URLs2(Recom(10, 0).Get()), (std::vector<std::u16string>{u"blog.two.com", u"http://www.three.com/x"}));
+}
+
+TEST_F(RecomListingTest, FocusEntryMovesSubDomainAndSingleURLSitesBetweenTheHalves) {
+  m_db.Exec(DomainRowSql("TSubDomain", "blog.two.com", "two.com", 90) + NamesSql("blog.two.com", "Two Blog"));
+  m_db.Exec(RecommendURLSql("Three", "http://www.three.com/x", "www.three.com", "three.com", 80));
+  m_db.Exec(RecommendURLSql("Four", "http://four.com/", "four.com", "four.com", 60));
+  ComPtr<IURLsManager> focus = Manager<IURLsManager>(2, IID_IURLsManager);
+  Bstr sub(u"blog.two.com"), url(u"http://four.com/"), name(u"Pinned");
+  ASSERT_EQ(focus->AddURL(sub.Get(), name.Get(), 0), S_OK);
+  ASSERT_EQ(focus->AddURL(url.Get(), name.Get(), 0), S_OK);
+
+  ComPtr<IUnknown> pinned = Recom(10, 1);
+  ASSERT_EQ(URLs2(pinned.Get()), (std::vector<std::u16string>{u"blog.two.com", u"http://four.com/"}));
+  EXPECT_EQ(ExtraULong(ItemOf(pinned, 0).Get(), u"FocusID"), 1u);
+  EXPECT_EQ(ExtraULong(ItemOf(pinned, 1).Get(), u"FocusID"), 2u);
+  ComPtr<IUnknown> rest = Recom(10, 0);
+  ASSERT_EQ(URLs2(rest.Get()), std::vector<std::u16string>{u"http://www.three.com/x"});
+  HRESULT hr = S_OK;
+  ExtraULong(ItemOf(rest, 0).Get(), u"FocusID", &hr);
+  EXPECT_EQ(hr, E_NOINTERFACE);
+
+  // Without the entries both sites are back in the second half.
+  ASSERT_EQ(focus->RemoveURL(sub.Get(), 1), S_OK);
+  ASSERT_EQ(focus->RemoveURL(url.Get(), 1), S_OK);
+  EXPECT_EQ(Count(Recom(10, 1).Get()), 0u);
+  EXPECT_EQ(URLs2(Recom(10, 0).Get()),
+            (std::vector<std::u16string>{u"blog.two.com", u"http://www.three.com/x", u"http://four.com/"}));
+}
+
+TEST_F(RecomListingTest, FocusRequestTwiceInARowGivesTheSameRecords) {
+  AddDomain("one.com", "one.com", 100, "One", "One");
+  m_db.Exec(DomainRowSql("TSubDomain", "blog.two.com", "two.com", 90) + NamesSql("blog.two.com", "Two Blog"));
+  ComPtr<IURLsManager> focus = Manager<IURLsManager>(2, IID_IURLsManager);
+  Bstr main(u"one.com"), sub(u"blog.two.com"), name(u"Pinned");
+  ASSERT_EQ(focus->AddURL(main.Get(), name.Get(), 0), S_OK);
+  ASSERT_EQ(focus->AddURL(sub.Get(), name.Get(), 0), S_OK);
+
+  ComPtr<IUnknown> first = Recom(10, 1);
+  ComPtr<IUnknown> second = Recom(10, 1);
+  const std::vector<std::u16string> expected = {u"www.one.com", u"blog.two.com"};
+  EXPECT_EQ(URLs2(first.Get()), expected);
+  EXPECT_EQ(URLs2(second.Get()), expected);
+  for (uint32_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(ID2(ItemOf(second, i).Get()), ID2(ItemOf(first, i).Get()));
+    EXPECT_EQ(ExtraULong(ItemOf(second, i).Get(), u"FocusID"), i + 1);
+  }
+}
+
+TEST_F(RecomListingTest, ShownSetIsSharedByTheManagersOfOneProvider) {
+  AddDomain("one.com", "one.com", 100, "One", "One");
+  m_db.Exec(DomainRowSql("TSubDomain", "blog.two.com", "two.com", 90) + NamesSql("blog.two.com", "Two Blog"));
+  m_db.Exec(RecommendURLSql("Three", "http://three.com/", "three.com", "three.com", 80));
+  ComPtr<ICommonUseURLsManager> other = Manager<ICommonUseURLsManager>(1, IID_ICommonUseURLsManager);
+  ASSERT_TRUE(other);
+  ASSERT_NE(static_cast<void*>(other.Get()), static_cast<void*>(m_common.Get()));
+
+  EXPECT_EQ(URLs2(Recom(1, 0).Get()), std::vector<std::u16string>{u"www.one.com"});
+  IUnknown* raw = nullptr;
+  ASSERT_EQ(other->GetRecomURLs(0, 1, &raw, 0), S_OK);
+  ComPtr<IUnknown> fromOther(raw);
+  EXPECT_EQ(URLs2(fromOther.Get()), std::vector<std::u16string>{u"blog.two.com"});
+  // A focus request of the second manager starts the listing anew for the
+  // first one as well.
+  ASSERT_EQ(other->GetRecomURLs(0, 1, &raw, 1), S_OK);
+  ComPtr<IUnknown> focusOfOther(raw);
+  EXPECT_EQ(URLs2(Recom(1, 0).Get()), std::vector<std::u16string>{u"www.one.com"});
+}
+
+TEST_F(RecomListingTest, DomainsThatTieComeInAscendingMainDomain) {
+  const uint64_t kLater = kSomeTime + 1;
+  for (const char* main : {"zeta.com", "alpha.com", "mid.com"}) AddDomain(main, main, 100, main, main);
+  m_db.Exec(DomainRowSql("TRecommendDomain", "late.com", "late.com", 100, 0, kLater) +
+            WhiteListSql("late.com", "late.com", "late.com", "late.com"));
+  m_db.Exec(DomainRowSql("TRecommendDomain", "top.com", "top.com", 101) +
+            WhiteListSql("top.com", "top.com", "top.com", "top.com"));
+  EXPECT_EQ(URLs2(Recom(1, 0).Get()), (std::vector<std::u16string>{u"www.top.com", u"www.late.com", u"www.alpha.com",
+                                                                    u"www.mid.com", u"www.zeta.com"}));
 }
 
 TEST_F(RecomListingTest, ArgumentsAndEmptyTables) {

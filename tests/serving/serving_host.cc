@@ -62,7 +62,10 @@ ServingTest::ServingTest()
 
 void ServingTest::SetUp() { std::filesystem::create_directories(m_dir.Path() + "/CorvaneApp"); }
 
-void ServingTest::TearDown() { m_provider.Reset(); }
+ServingTest::~ServingTest() {
+  m_provider.Reset();
+  EXPECT_EQ(LoadComponent().DllCanUnloadNow(), S_OK) << "an object of the component outlived its test";
+}
 
 void ServingTest::WriteConfig(const std::string& extraLines) {
   std::ofstream out(DataFile("DBConfig.ini"), std::ios::trunc);

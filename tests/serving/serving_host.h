@@ -31,6 +31,9 @@ class SeedDb {
   std::string Scalar(const std::string& sql);
   // Every row of every table, in rowid order, as text.
   std::string Dump();
+  // A run-time limit of this connection's SQLite, such as
+  // SQLITE_LIMIT_LIKE_PATTERN_LENGTH; the component's library is the same.
+  int Limit(int id) const { return sqlite3_limit(m_db, id, -1); }
 
  private:
   sqlite3* m_db = nullptr;
@@ -39,8 +42,11 @@ class SeedDb {
 class ServingTest : public ::testing::Test {
  protected:
   ServingTest();
+  // Releases the provider and checks that the library could go: by then a
+  // test has given back everything it took, and so has the fixture built
+  // on this one, whose members are gone before this runs.
+  ~ServingTest() override;
   void SetUp() override;
-  void TearDown() override;
 
   // Writes DBConfig.ini lines (today's "LastUpdate" always, so Initialize
   // creates the schema without running the update) plus extra lines.

@@ -91,8 +91,6 @@ int32_t LoadListTable(CCorvaneDB* pDB, const char16_t* table, const char16_t* cr
   if (!groups.isArray() || groups.empty()) return 0;
   static_cast<void>(pDB->DropTable(table));
   static_cast<void>(pDB->CreateTableIfMissing(table, createSql));
-  // The listings join their hosts with these tables by Domain.
-  static_cast<void>(pDB->CreateIndex(table, u"Domain"));
   static_cast<void>(pDB->BeginTransaction());
   StatementPtr insert;
   if (SUCCEEDED(pDB->PrepareListInsert(table, &insert))) {
@@ -107,7 +105,6 @@ int32_t LoadNamesTable(CCorvaneDB* pDB, const Json::Value& names) {
   if (!names.isArray() || names.empty()) return 0;
   static_cast<void>(pDB->DropTable(schema::kNames));
   static_cast<void>(pDB->CreateTableIfMissing(schema::kNames, schema::kCreateNames));
-  static_cast<void>(pDB->CreateIndex(schema::kNames, u"Domain"));
   static_cast<void>(pDB->BeginTransaction());
   StatementPtr insert;
   if (SUCCEEDED(pDB->PrepareNamesInsert(&insert))) {

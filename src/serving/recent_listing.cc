@@ -9,8 +9,6 @@
 namespace corvane {
 namespace {
 
-constexpr uint32_t kRecentPage = 20;
-
 using MainDomainSet = std::set<std::u16string>;
 
 struct RecentListing {
@@ -45,11 +43,9 @@ void ListRecentDomains(RecentListing* listing, CSqliteStatement* stmt) {
 }
 
 // TRecentHistory: 0 ID, 1 Name, 2 URL, 3 FixedURL, 4 LastVisitTime,
-// 5 Domain, 6 MainDomain, 7 Weight, 8 VisitCount. Returns the rows seen.
-uint32_t ListRecentPage(RecentListing* listing, CSqliteStatement* stmt) {
-  uint32_t seen = 0;
+// 5 Domain, 6 MainDomain, 7 Weight, 8 VisitCount.
+void ListRecentURLs(RecentListing* listing, CSqliteStatement* stmt) {
   while (listing->count < listing->uCount && stmt->Step()) {
-    ++seen;
     const std::u16string mainDomain = stmt->ColumnText16(6);
     if (listing->shown.count(mainDomain) != 0) continue;
     ComPtr<CURLInfo2> record(CreateObject<CURLInfo2>());
@@ -64,7 +60,6 @@ uint32_t ListRecentPage(RecentListing* listing, CSqliteStatement* stmt) {
     record->AddExtraInfoULong(u"VisitCount", static_cast<uint32_t>(stmt->ColumnInt64(8)));
     AddRecord(listing, record.Get(), mainDomain);
   }
-  return seen;
 }
 
 }  // namespace
@@ -85,12 +80,12 @@ HRESULT CCommonUseURLsManager::GetRecentHistory(uint32_t uStart, uint32_t uCount
   if (SUCCEEDED(hrDomains)) ListRecentDomains(&listing, domains.get());
   domains.reset();
 
-  // The URL pages are read even when the domain query failed; that failure
-  // decides the result all the same.
-  for (uint32_t offset = 0; listing.count < uCount; offset += kRecentPage) {
-    StatementPtr page;
-    if (FAILED(db->GetRecentHistoryPage(offset, kRecentPage, &page))) break;
-    if (ListRecentPage(&listing, page.get()) == 0) break;
+  // The URLs are read even when the domain query failed; that failure
+  // decides the result all the same. Pages of this listing would follow on
+  // from each other without a gap, so one statement reads them all.
+  if (listing.count < uCount) {
+    StatementPtr rows;
+    if (SUCCEEDED(db->GetRecentHistoryRows(&rows))) ListRecentURLs(&listing, rows.get());
   }
   if (FAILED(hrDomains)) return hrDomains;
   *lppArray = result.Detach()->AsUnknown();

@@ -4,6 +4,7 @@
 #include "common/text_util.h"
 #include "common/url_util.h"
 #include "serving/common_use_manager.h"
+#include "serving/shown_set_pager.h"
 
 namespace corvane {
 namespace {
@@ -160,16 +161,15 @@ ComPtr<CURLInfo2> CCommonUseURLsManager::AttachSubSites(const SubSiteMap& subSit
   return record;
 }
 
+// TSubDomain joined with TNames: 0 rowid, 1 Domain, 2 MainDomain,
+// 3 LastVisitTime, 4 Score, 5 Hide, 6 T2Flag, 7 TNames.Name.
 void CCommonUseURLsManager::RunSubDomainStage(Listing* listing) {
-  // The offset grows by a full page while the filter of shown domains grows
-  // too, so a row may be passed over; it stays eligible for the next call.
-  for (uint32_t offset = 0;; offset += kSubDomainPage) {
-    StatementPtr stmt;
-    if (FAILED(listing->db->GetSubDomains(offset, kSubDomainPage, listing->bFocus, &stmt))) return;
-    uint32_t seen = 0;
-    while (listing->count < listing->uCount && stmt->Step()) {
-      ++seen;
-      const std::u16string mainDomain = stmt->ColumnText16(2);
+  StatementPtr stmt;
+  if (FAILED(listing->db->GetSubDomains(listing->bFocus, &stmt))) return;
+  CShownSetPager pager(stmt.get(), 2, kSubDomainPage, &listing->db->m_mapShownDomains);
+  while (pager.NextPage()) {
+    while (listing->count < listing->uCount && pager.NextRow()) {
+      const std::u16string& mainDomain = pager.MainDomain();
       if (listing->db->m_mapShownDomains.count(mainDomain) != 0) continue;
       ComPtr<CURLInfo2> record(CreateObject<CURLInfo2>());
       if (!record) continue;
@@ -181,21 +181,24 @@ void CCommonUseURLsManager::RunSubDomainStage(Listing* listing) {
       record->AddExtraInfoULong(u"WhiteList", kSubDomainRecord);
       if (listing->bFocus) AddFocusID(listing->db, record.Get(), domain);
       AddShown(listing, record.Get(), mainDomain);
+      pager.NoteShown();
     }
-    if (seen == 0 || listing->count >= listing->uCount) return;
+    if (listing->count >= listing->uCount) return;
   }
 }
 
+// TRecommendURL behind its rowid: 0 rowid, 1 Name, 2 URL, 3 FixedURL,
+// 4 LastVisitTime, 5 Domain, 6 MainDomain, 7 Weight, 8 Hide, 9 VisitCount,
+// 10 AvgVisitCount.
 HRESULT CCommonUseURLsManager::RunURLStage(Listing* listing, bool bPending) {
-  for (uint32_t offset = 0;; offset += kURLPage) {
-    StatementPtr stmt;
-    HRESULT hr = bPending ? listing->db->GetRecommendURLsByVisitCount(offset, kURLPage, &stmt, listing->bFocus)
-                          : listing->db->GetRecommendURLs(offset, kURLPage, &stmt, listing->bFocus);
-    if (FAILED(hr)) return hr;
-    uint32_t seen = 0;
-    while (listing->count < listing->uCount && stmt->Step()) {
-      ++seen;
-      const std::u16string mainDomain = stmt->ColumnText16(6);
+  StatementPtr stmt;
+  HRESULT hr = bPending ? listing->db->GetRecommendURLsByVisitCount(listing->bFocus, &stmt)
+                        : listing->db->GetRecommendURLs(listing->bFocus, &stmt);
+  if (FAILED(hr)) return hr;
+  CShownSetPager pager(stmt.get(), 6, kURLPage, &listing->db->m_mapShownDomains);
+  while (pager.NextPage()) {
+    while (listing->count < listing->uCount && pager.NextRow()) {
+      const std::u16string& mainDomain = pager.MainDomain();
       if (listing->db->m_mapShownDomains.count(mainDomain) != 0) continue;
       ComPtr<CURLInfo2> record(CreateObject<CURLInfo2>());
       if (!record) continue;
@@ -209,9 +212,11 @@ HRESULT CCommonUseURLsManager::RunURLStage(Listing* listing, bool bPending) {
       record->AddExtraInfoULong(u"WhiteList", kSingleURL);
       if (listing->bFocus) AddFocusID(listing->db, record.Get(), url);
       AddShown(listing, record.Get(), mainDomain);
+      pager.NoteShown();
     }
-    if (seen == 0 || listing->count >= listing->uCount) return S_OK;
+    if (listing->count >= listing->uCount) return S_OK;
   }
+  return S_OK;
 }
 
 }  // namespace corvane

@@ -150,18 +150,11 @@ HRESULT CCorvaneDB::CreateSchema() {
   hr = CreateTableWithIndices(schema::kFavorite, schema::kCreateFavorite, {});
   if (FAILED(hr)) return hr;
   static_cast<void>(CreateIndex(schema::kFavorite, u"URL", u"Name", u"Path"));
-  // The scoring asks once per scored URL whether it is a favourite, by its
-  // fixed form; without this index each question would scan the table.
-  static_cast<void>(CreateIndex(schema::kFavorite, u"FixedURL"));
   hr = CreateTableWithIndices(schema::kFocusURL, schema::kCreateFocusURL, {u"URL"});
   if (FAILED(hr)) return hr;
   hr = CreateTableWithIndices(schema::kIEHistory, schema::kCreateIEHistory,
                               {u"VisitTime", u"VisitDate", u"HideDate", u"URL"});
   if (FAILED(hr)) return hr;
-  // The history listings ask for the visible rows, newest first, a page at
-  // a time: this index hands them out in order without sorting the table.
-  static_cast<void>(CreateIndex(schema::kHistory, u"HideDate", u"VisitDate", u"VisitTime"));
-  static_cast<void>(CreateIndex(schema::kIEHistory, u"HideDate", u"VisitDate", u"VisitTime"));
   hr = CreateTableWithIndices(schema::kPreparedURL, schema::kCreatePreparedURL, {});
   if (FAILED(hr)) return hr;
   const std::pair<const char16_t*, const char16_t*> kLists[] = {
@@ -174,8 +167,6 @@ HRESULT CCorvaneDB::CreateSchema() {
     hr = CreateTableIfMissing(table, createSql);
     if (FAILED(hr)) return hr;
   }
-  // The listings join white-listed hosts by Domain.
-  static_cast<void>(CreateIndex(schema::kWhiteList, u"Domain"));
   return S_OK;
 }
 

@@ -195,20 +195,23 @@ class CCorvaneDB : public CSqliteDB {
   // ---- Serving queries and host hides (serving_queries.cc) ----
 
   HRESULT GetRecommendDomains(bool bFocus, std::vector<DomainRow>* lpRows);
-  HRESULT GetSubDomains(uint32_t uStart, uint32_t uCount, bool bFocus, StatementPtr* lppStmt);
-  HRESULT GetDomainSubSites(std::u16string_view mainDomain, uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt);
-  // The rows of GetDomainSubSites for every main domain at once, by main
-  // domain and then in the order of that query.
+  // The listings of the sub-domains and of the single URLs, each whole and
+  // in its order, without the filter of shown main domains: the listing
+  // pages them itself (serving/shown_set_pager.h). Ties keep table order.
+  HRESULT GetSubDomains(bool bFocus, StatementPtr* lppStmt);
+  HRESULT GetRecommendURLs(bool bFocus, StatementPtr* lppStmt);
+  HRESULT GetRecommendURLsByVisitCount(bool bFocus, StatementPtr* lppStmt);
+  // The sub-sites of every white-listed main domain, by main domain and
+  // then best first.
   HRESULT GetAllDomainSubSites(StatementPtr* lppStmt);
-  HRESULT GetRecommendURLs(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus);
-  HRESULT GetRecommendURLsByVisitCount(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus);
   HRESULT GetFocusID(std::u16string_view url, uint32_t* lpuID);
   HRESULT HideRecommendDomainRow(std::u16string_view id, bool bPermanent);
   HRESULT HideSubDomainRow(std::u16string_view id, bool bPermanent);
   HRESULT HideRecommendURLRow(std::u16string_view id, bool bPermanent);
   HRESULT HideRecommendURLRowByURL(std::u16string_view url, bool bPermanent);
   HRESULT GetRecentDomains(uint32_t uCount, StatementPtr* lppStmt);
-  HRESULT GetRecentHistoryPage(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt);
+  // TRecentHistory, best first; ties keep table order.
+  HRESULT GetRecentHistoryRows(StatementPtr* lppStmt);
 
   // ---- State shared with the recommendation listing ----
 

@@ -5,6 +5,8 @@
 // bound, so a name or a path with a quote in it is found again like any
 // other, and one favourite stays one row across updates.
 
+#include <unordered_set>
+
 #include "common/text_util.h"
 #include "common/url_util.h"
 #include "common/utf.h"
@@ -23,19 +25,50 @@ HRESULT ClearWithSequence(CCorvaneDB* db, std::u16string_view deleteSql, std::u1
   return deleted ? S_OK : E_FAIL;
 }
 
+// The favourites already stored, by fixed URL, name and path. A delivery
+// asks once per item whether its favourite is known; one read of the table
+// answers all of them, where a query per item would scan the table each
+// time. Texts compare exactly, as the query's "=" does.
+class FavoriteKeys {
+ public:
+  bool Load(CCorvaneDB* db) {
+    StatementPtr stmt = db->Prepare(u"select FixedURL, Name, Path from TFavorite;");
+    if (!stmt) return false;
+    while (stmt->Step()) m_keys.insert(Key(stmt->ColumnText16(0), stmt->ColumnText16(1), stmt->ColumnText16(2)));
+    return true;
+  }
+  bool Contains(const std::u16string& key) const { return m_keys.count(key) != 0; }
+  void Add(std::u16string key) { m_keys.insert(std::move(key)); }
+
+  // The three texts with their lengths in front, so that no two triples
+  // give one key.
+  static std::u16string Key(std::u16string_view fixedURL, std::u16string_view name, std::u16string_view path) {
+    std::u16string key;
+    for (std::u16string_view part : {fixedURL, name, path}) {
+      key.append(FromUtf8(std::to_string(part.size()))).push_back(u':');
+      key.append(part);
+    }
+    return key;
+  }
+
+ private:
+  std::unordered_set<std::u16string> m_keys;
+};
+
 // True when the item was already known or has been stored.
-bool StoreFavorite(CCorvaneDB* db, CSqliteStatement* insert, IExtractItem* item) {
+bool StoreFavorite(CSqliteStatement* insert, FavoriteKeys* known, IExtractItem* item) {
   std::u16string name = TextOf(item->GetName());
   std::u16string path = TextOf(item->GetPath());
   std::u16string url = TextOf(item->GetURL());
   std::u16string fixedURL = url;
   MakeFixedURL(fixedURL);
-  HRESULT known = db->FindFavorite(fixedURL, name, path);
+  std::u16string key = FavoriteKeys::Key(fixedURL, name, path);
   // A known favourite keeps its row as it stands, hidden or not.
-  if (known == S_OK) return true;
-  if (known != S_FALSE) return false;
-  return insert->BindText16(0, name) && insert->BindText16(1, url) && insert->BindText16(2, fixedURL) &&
-         insert->BindText16(3, path) && insert->BindInt(4, 0) && insert->Execute();
+  if (known->Contains(key)) return true;
+  bool stored = insert->BindText16(0, name) && insert->BindText16(1, url) && insert->BindText16(2, fixedURL) &&
+                insert->BindText16(3, path) && insert->BindInt(4, 0) && insert->Execute();
+  if (stored) known->Add(std::move(key));
+  return stored;
 }
 
 }  // namespace
@@ -48,11 +81,12 @@ HRESULT CCorvaneDB::AddFavorites(IExtractor* pExtractor) {
   if (count == 0) return S_FALSE;
   if (!BeginTransaction()) return S_FALSE;
   int32_t stored = 0;
-  StatementPtr insert = Prepare(u"insert into TFavorite values(?, ?, ?, ?, ?);");
+  FavoriteKeys known;
+  StatementPtr insert = known.Load(this) ? Prepare(u"insert into TFavorite values(?, ?, ?, ?, ?);") : nullptr;
   for (uint32_t i = 0; insert && i < count; ++i) {
     IExtractItem* item = nullptr;
     static_cast<void>(pExtractor->GetNextItem(&item));
-    if (item != nullptr && StoreFavorite(this, insert.get(), item)) ++stored;
+    if (item != nullptr && StoreFavorite(insert.get(), &known, item)) ++stored;
   }
   insert.reset();
   static_cast<void>(EndTransaction());

@@ -40,26 +40,8 @@ struct Visit {
   uint32_t day = 0;
 };
 
-// The indices of THistory, by their columns; each is named THistory_ and
-// its columns joined by "_".
-struct IndexColumns {
-  const char16_t* first;
-  const char16_t* second;
-  const char16_t* third;
-};
-constexpr IndexColumns kHistoryIndices[] = {{u"VisitTime", nullptr, nullptr},
-                                            {u"VisitDate", nullptr, nullptr},
-                                            {u"HideDate", nullptr, nullptr},
-                                            {u"URL", nullptr, nullptr},
-                                            {u"HideDate", u"VisitDate", u"VisitTime"}};
-
-std::u16string IndexName(const IndexColumns& index) {
-  std::u16string name = u"THistory_" + std::u16string(index.first);
-  for (const char16_t* column : {index.second, index.third}) {
-    if (column != nullptr) name += u"_" + std::u16string(column);
-  }
-  return name;
-}
+// The indices of THistory, each over the one column it is named after.
+constexpr const char16_t* kHistoryIndexColumns[] = {u"VisitTime", u"VisitDate", u"HideDate", u"URL"};
 
 std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
 
@@ -171,8 +153,8 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
   if (pExtractor == nullptr) return E_INVALIDARG;
   int32_t stored = 0;
   if (BeginTransaction()) {
-    for (const IndexColumns& index : kHistoryIndices) {
-      static_cast<void>(Exec(u"drop index if exists " + IndexName(index) + u";"));
+    for (const char16_t* column : kHistoryIndexColumns) {
+      static_cast<void>(Exec(u"drop index if exists THistory_" + std::u16string(column) + u";"));
     }
     StatementPtr insert = Prepare(kInsertHistory);
     uint32_t count = insert ? pExtractor->GetCount() : 0;
@@ -184,9 +166,7 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
       if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
     }
     insert.reset();
-    for (const IndexColumns& index : kHistoryIndices) {
-      static_cast<void>(CreateIndex(schema::kHistory, index.first, index.second, index.third));
-    }
+    for (const char16_t* column : kHistoryIndexColumns) static_cast<void>(CreateIndex(schema::kHistory, column));
     static_cast<void>(EndTransaction());
   }
   static_cast<void>(SetConfigInt(kAddHistoryCount, stored));
@@ -341,12 +321,15 @@ HRESULT CCorvaneDB::MergeIEHistory(IExtractor* pExtractor) {
 
 namespace {
 
+// "+HideDate" keeps SQLite off the index on HideDate, which would hand it
+// every visible row to sort; the index on VisitDate gives the rows newest
+// day first, so that a page costs its own rows.
 HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, StatementPtr* lppStmt) {
-  return PrepareInto(db,
-                     WithLimit(FillTemplate(u"select * from %s where HideDate = 0 order by VisitDate desc, VisitTime desc",
-                                            table),
-                               uLimit),
-                     lppStmt);
+  return PrepareInto(
+      db,
+      WithLimit(FillTemplate(u"select * from %s where +HideDate = 0 order by VisitDate desc, VisitTime desc", table),
+                uLimit),
+      lppStmt);
 }
 
 HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser,

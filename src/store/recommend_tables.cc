@@ -28,19 +28,10 @@ void CreateIfMissing(CCorvaneDB* db, std::u16string_view table, std::u16string_v
   if (db->TableExists(table) == S_FALSE) static_cast<void>(db->Exec(createSql));
 }
 
-// The listing reads TRecommendURL best first, a page at a time; the
-// indices give it the rows in that order instead of sorting the table on
-// every call.
-void CreateRecommendURLIndices(CCorvaneDB* db) {
-  static_cast<void>(db->CreateIndex(schema::kRecommendURL, u"Weight", u"LastVisitTime"));
-  static_cast<void>(db->CreateIndex(schema::kRecommendURL, u"VisitCount", u"LastVisitTime"));
-}
-
 }  // namespace
 
 HRESULT CCorvaneDB::BuildRecommendURLs() {
   CreateIfMissing(this, schema::kRecommendURL, schema::kCreateRecommendURL);
-  CreateRecommendURLIndices(this);
   static_cast<void>(ClearTable(schema::kRecommendURL));
   // Hosts on the black list never reach the recommendation tables.
   if (!Exec(u"insert into TRecommendURL select Name, OriginalURL, URL, LastVisitTime, fullDomainName, mainDomainName, "

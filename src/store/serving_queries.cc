@@ -23,38 +23,37 @@ constexpr char16_t kRecommendDomainsSql[] =
     u"TRecommendDomain.Domain = TWhiteList.Domain group by ID order by TRecommendDomain.MainDomain Desc, "
     u"TRecommendDomain.Score Desc, TRecommendDomain.LastVisitTime desc;";
 
-// "@@@" stands for the bound list of shown main domains.
+// The whole sub-domain listing in its order; the listing leaves out shown
+// main domains and cuts it into pages itself (serving/shown_set_pager.h).
+// Rows of equal score and time keep the order in which the table holds them.
 constexpr char16_t kSubDomainsSql[] =
     u"select TSubDomain.rowid, TSubDomain.Domain, TSubDomain.MainDomain, TSubDomain.LastVisitTime, "
     u"TSubDomain.Score, TSubDomain.Hide, TSubDomain.T2Flag, TNames.Name from TSubDomain, TNames where "
-    u"TSubDomain.MainDomain not in (@@@) and TSubDomain.Hide <= 0 and TSubDomain.Domain ### in (select URL from "
-    u"TFocusURL) and TSubDomain.Domain = TNames.Domain order by Score desc, LastVisitTime desc limit ?, ?;";
+    u"TSubDomain.Hide <= 0 and TSubDomain.Domain ### in (select URL from TFocusURL) and "
+    u"TSubDomain.Domain = TNames.Domain order by Score desc, LastVisitTime desc, TSubDomain.rowid, TNames.rowid;";
 
-// Rows of equal score and time keep the order in which TZS holds them.
-constexpr char16_t kDomainSubSitesSql[] =
-    u"select TZS.Domain, TZS.MainDomain, TZS.LastVisitTime, TZS.Score, TZS.Hide, TZS.T2Flag, TWhiteList.SubName "
-    u"from TZS, TWhiteList where TZS.MainDomain = ? and TZS.Domain = TWhiteList.Domain order by Score desc, "
-    u"LastVisitTime desc, TZS.rowid limit ?, ?;";
-
+// The sub-sites of every main domain, by main domain, each best first.
 constexpr char16_t kAllDomainSubSitesSql[] =
     u"select TZS.Domain, TZS.MainDomain, TZS.LastVisitTime, TZS.Score, TZS.Hide, TZS.T2Flag, TWhiteList.SubName "
     u"from TZS, TWhiteList where TZS.Domain = TWhiteList.Domain order by TZS.MainDomain, Score desc, "
     u"LastVisitTime desc, TZS.rowid;";
 
+// The whole single-URL listing, in the order of its weight or of its visit
+// count; the listing pages it as it does the sub-domains.
 constexpr char16_t kRecommendURLsSql[] =
     u"select rowid, * from TRecommendURL where Hide <= 0 and URL ### in (select URL from TFocusURL) order by "
-    u"weight desc, LastVisitTime desc limit ?, ?;";
+    u"weight desc, LastVisitTime desc, rowid;";
 
 constexpr char16_t kRecommendURLsByVisitCountSql[] =
     u"select rowid, * from TRecommendURL where Hide <= 0 and URL ### in (select URL from TFocusURL) order by "
-    u"VisitCount desc, LastVisitTime desc limit ?, ?;";
+    u"VisitCount desc, LastVisitTime desc, rowid;";
 
 constexpr char16_t kFocusIDSql[] = u"select rowid from TFocusURL where URL = ?;";
 
 constexpr char16_t kRecentDomainsSql[] = u"select * from TRecentDomain order by Score desc, LastVisitTime desc";
 
-constexpr char16_t kRecentHistoryPageSql[] =
-    u"select * from TRecentHistory order by Weight desc, LastVisitTime desc limit ?, ?;";
+constexpr char16_t kRecentHistorySql[] =
+    u"select * from TRecentHistory order by Weight desc, LastVisitTime desc, rowid;";
 
 // The table, rank column and key column of one hide step.
 struct HideTarget {
@@ -79,12 +78,6 @@ std::u16string ReplaceMarker(std::u16string_view sql, std::u16string_view marker
 // The focus filter: "not in" unless the request asks for focus sites.
 std::u16string WithFocusFilter(std::u16string_view sql, bool bFocus) {
   return ReplaceMarker(sql, u"###", bFocus ? u"" : u"not");
-}
-
-// Binds the two numbers of "limit ?, ?" as the unsigned values they are.
-bool BindLimit(CSqliteStatement* stmt, int first, uint32_t uStart, uint32_t uCount) {
-  return stmt->BindInt64(first, static_cast<int64_t>(uStart)) &&
-         stmt->BindInt64(first + 1, static_cast<int64_t>(uCount));
 }
 
 // True when row a ranks before row b: higher score, then later visit.
@@ -136,44 +129,13 @@ HRESULT CCorvaneDB::GetRecommendDomains(bool bFocus, std::vector<DomainRow>* lpR
   return S_OK;
 }
 
-HRESULT CCorvaneDB::GetSubDomains(uint32_t uStart, uint32_t uCount, bool bFocus, StatementPtr* lppStmt) {
-  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
-  std::u16string placeholders;
-  for (size_t i = 0; i < m_mapShownDomains.size(); ++i) placeholders.append(i == 0 ? u"?" : u",?");
-  std::u16string sql = WithFocusFilter(ReplaceMarker(kSubDomainsSql, u"@@@", placeholders), bFocus);
-  StatementPtr stmt = Prepare(sql);
-  if (!stmt) return E_FAIL;
-  int index = 0;
-  for (const auto& entry : m_mapShownDomains) {
-    if (!stmt->BindText16(index++, entry.first)) return E_FAIL;
-  }
-  if (!BindLimit(stmt.get(), index, uStart, uCount)) return E_FAIL;
-  *lppStmt = std::move(stmt);
-  return S_OK;
-}
-
-HRESULT CCorvaneDB::GetDomainSubSites(std::u16string_view mainDomain, uint32_t uStart, uint32_t uCount,
-                                      StatementPtr* lppStmt) {
-  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
-  StatementPtr stmt = Prepare(kDomainSubSitesSql);
-  if (!stmt) return E_FAIL;
-  if (!stmt->BindText16(0, mainDomain) || !BindLimit(stmt.get(), 1, uStart, uCount)) return E_FAIL;
-  *lppStmt = std::move(stmt);
-  return S_OK;
-}
-
-namespace {
-
-HRESULT PrepareRecommendURLs(CCorvaneDB* db, std::u16string_view sql, uint32_t uStart, uint32_t uCount,
-                             StatementPtr* lppStmt, bool bFocus) {
+HRESULT CCorvaneDB::GetSubDomains(bool bFocus, StatementPtr* lppStmt) {
   if (lppStmt == nullptr) return E_INVALIDARG;
-  StatementPtr stmt = db->Prepare(WithFocusFilter(sql, bFocus));
-  if (!stmt || !BindLimit(stmt.get(), 0, uStart, uCount)) return E_FAIL;
+  StatementPtr stmt = Prepare(WithFocusFilter(kSubDomainsSql, bFocus));
+  if (!stmt) return E_FAIL;
   *lppStmt = std::move(stmt);
   return S_OK;
 }
-
-}  // namespace
 
 HRESULT CCorvaneDB::GetAllDomainSubSites(StatementPtr* lppStmt) {
   if (lppStmt == nullptr) return E_INVALIDARG;
@@ -183,13 +145,20 @@ HRESULT CCorvaneDB::GetAllDomainSubSites(StatementPtr* lppStmt) {
   return S_OK;
 }
 
-HRESULT CCorvaneDB::GetRecommendURLs(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt, bool bFocus) {
-  return PrepareRecommendURLs(this, kRecommendURLsSql, uStart, uCount, lppStmt, bFocus);
+HRESULT CCorvaneDB::GetRecommendURLs(bool bFocus, StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(WithFocusFilter(kRecommendURLsSql, bFocus));
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
 }
 
-HRESULT CCorvaneDB::GetRecommendURLsByVisitCount(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt,
-                                                 bool bFocus) {
-  return PrepareRecommendURLs(this, kRecommendURLsByVisitCountSql, uStart, uCount, lppStmt, bFocus);
+HRESULT CCorvaneDB::GetRecommendURLsByVisitCount(bool bFocus, StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(WithFocusFilter(kRecommendURLsByVisitCountSql, bFocus));
+  if (!stmt) return E_FAIL;
+  *lppStmt = std::move(stmt);
+  return S_OK;
 }
 
 HRESULT CCorvaneDB::GetFocusID(std::u16string_view url, uint32_t* lpuID) {
@@ -256,10 +225,10 @@ HRESULT CCorvaneDB::GetRecentDomains(uint32_t uCount, StatementPtr* lppStmt) {
   return S_OK;
 }
 
-HRESULT CCorvaneDB::GetRecentHistoryPage(uint32_t uStart, uint32_t uCount, StatementPtr* lppStmt) {
-  if (uCount == 0 || lppStmt == nullptr) return E_INVALIDARG;
-  StatementPtr stmt = Prepare(kRecentHistoryPageSql);
-  if (!stmt || !BindLimit(stmt.get(), 0, uStart, uCount)) return E_FAIL;
+HRESULT CCorvaneDB::GetRecentHistoryRows(StatementPtr* lppStmt) {
+  if (lppStmt == nullptr) return E_INVALIDARG;
+  StatementPtr stmt = Prepare(kRecentHistorySql);
+  if (!stmt) return E_FAIL;
   *lppStmt = std::move(stmt);
   return S_OK;
 }

@@ -1,0 +1,146 @@
+// The pager must hand out exactly the rows that asking SQLite for each page,
+// filtered by the shown set and cut at a growing offset, would give: the
+// reference below does just that, and random listings compare the two.
+
+#include "serving/shown_set_pager.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "store/sqlite_db.h"
+
+namespace corvane {
+namespace {
+
+struct StageRun {
+  std::vector<int> shownRows;  // positions in the listing, in the order shown
+  ShownDomainMap shown;
+};
+
+// The stage as it would run on one query per page.
+StageRun ReferenceStage(const std::vector<std::u16string>& listing, ShownDomainMap shown, uint32_t pageSize,
+                   uint32_t uCount) {
+  StageRun run;
+  uint32_t count = 0;
+  for (size_t offset = 0;; offset += pageSize) {
+    std::vector<int> page;
+    size_t eligible = 0;
+    for (size_t i = 0; i < listing.size() && page.size() < pageSize; ++i) {
+      if (shown.count(listing[i]) != 0) continue;
+      if (eligible++ >= offset) page.push_back(static_cast<int>(i));
+    }
+    uint32_t seen = 0;
+    for (int row : page) {
+      if (count >= uCount) break;
+      ++seen;
+      if (shown.count(listing[row]) != 0) continue;
+      shown[listing[row]] = 1;
+      run.shownRows.push_back(row);
+      ++count;
+    }
+    if (seen == 0 || count >= uCount) break;
+  }
+  run.shown = shown;
+  return run;
+}
+
+class ShownSetPagerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(m_db.Open(u":memory:"));
+    ASSERT_TRUE(m_db.Exec(u"create table L(Position INTEGER, MainDomain TEXT);"));
+  }
+
+  void Fill(const std::vector<std::u16string>& listing) {
+    ASSERT_TRUE(m_db.Exec(u"delete from L;"));
+    StatementPtr insert = m_db.Prepare(u"insert into L values(?, ?);");
+    ASSERT_TRUE(insert);
+    for (size_t i = 0; i < listing.size(); ++i) {
+      ASSERT_TRUE(insert->BindInt(0, static_cast<int32_t>(i)) && insert->BindText16(1, listing[i]) &&
+                  insert->Execute());
+    }
+  }
+
+  // The stage as the listing runs it, through the pager.
+  StageRun PagedStage(ShownDomainMap shown, uint32_t pageSize, uint32_t uCount) {
+    StageRun run;
+    StatementPtr stmt = m_db.Prepare(u"select Position, MainDomain from L order by Position;");
+    EXPECT_TRUE(stmt);
+    if (!stmt) return run;
+    CShownSetPager pager(stmt.get(), 1, pageSize, &shown);
+    uint32_t count = 0;
+    while (pager.NextPage()) {
+      while (count < uCount && pager.NextRow()) {
+        if (shown.count(pager.MainDomain()) != 0) continue;
+        shown[pager.MainDomain()] = 1;
+        pager.NoteShown();
+        run.shownRows.push_back(stmt->ColumnInt(0));
+        ++count;
+      }
+      if (count >= uCount) break;
+    }
+    run.shown = shown;
+    return run;
+  }
+
+  CSqliteDB m_db;
+};
+
+TEST_F(ShownSetPagerTest, RowsPassedOverByTheGrowingOffsetStayOut) {
+  // Page 1 shows a and b; page 2 then starts two eligible rows further down
+  // the rows that remain (c, d), so c and d are passed over.
+  const std::vector<std::u16string> listing = {u"a", u"b", u"a", u"c", u"d", u"e"};
+  Fill(listing);
+  StageRun paged = PagedStage({}, 2, 100);
+  EXPECT_EQ(paged.shownRows, (std::vector<int>{0, 1, 5}));
+  EXPECT_EQ(paged.shownRows, ReferenceStage(listing, {}, 2, 100).shownRows);
+}
+
+TEST_F(ShownSetPagerTest, DomainsShownBeforeTheStageNeverTakeAPlace) {
+  // x holds no place in the first page; a and b fill it, and the second
+  // page, two rows down the one row left (c), is empty.
+  const std::vector<std::u16string> listing = {u"x", u"a", u"x", u"b", u"c"};
+  Fill(listing);
+  StageRun paged = PagedStage({{u"x", 1}}, 2, 100);
+  EXPECT_EQ(paged.shownRows, (std::vector<int>{1, 3}));
+  EXPECT_EQ(PagedStage({{u"x", 1}}, 3, 100).shownRows, (std::vector<int>{1, 3, 4}));
+}
+
+TEST_F(ShownSetPagerTest, StopsWhenTheCountIsReachedInsideAPage) {
+  const std::vector<std::u16string> listing = {u"a", u"b", u"c", u"d"};
+  Fill(listing);
+  EXPECT_EQ(PagedStage({}, 50, 2).shownRows, (std::vector<int>{0, 1}));
+}
+
+TEST_F(ShownSetPagerTest, EmptyListingShowsNothing) {
+  Fill({});
+  EXPECT_TRUE(PagedStage({}, 20, 5).shownRows.empty());
+}
+
+TEST_F(ShownSetPagerTest, RandomListingsGiveThePagesOfOneQueryPerPage) {
+  std::mt19937 random(20261123);
+  for (int round = 0; round < 400; ++round) {
+    const size_t length = random() % 120;
+    const size_t domains = 1 + random() % 30;
+    std::vector<std::u16string> listing;
+    for (size_t i = 0; i < length; ++i) listing.push_back(u"d" + std::u16string(1, u'a' + random() % domains));
+    ShownDomainMap shown;
+    for (size_t i = 0; i < 3; ++i) {
+      if (random() % 2 == 0) shown[u"d" + std::u16string(1, u'a' + random() % domains)] = 1;
+    }
+    const uint32_t pageSize = 1 + random() % 6;
+    const uint32_t uCount = 1 + random() % 40;
+    Fill(listing);
+    StageRun expected = ReferenceStage(listing, shown, pageSize, uCount);
+    StageRun paged = PagedStage(shown, pageSize, uCount);
+    ASSERT_EQ(paged.shownRows, expected.shownRows) << "round " << round << ", page " << pageSize << ", count "
+                                                    << uCount;
+    ASSERT_EQ(paged.shown, expected.shown) << "round " << round;
+  }
+}
+
+}  // namespace
+}  // namespace corvane

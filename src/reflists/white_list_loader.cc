@@ -91,13 +91,15 @@ int32_t LoadListTable(CCorvaneDB* pDB, const char16_t* table, const char16_t* cr
   if (!groups.isArray() || groups.empty()) return 0;
   static_cast<void>(pDB->DropTable(table));
   static_cast<void>(pDB->CreateTableIfMissing(table, createSql));
-  static_cast<void>(pDB->BeginTransaction());
+  // The rows go in whether or not the pair began; only a pair that began
+  // is ended.
+  const bool began = pDB->BeginTransaction();
   StatementPtr insert;
   if (SUCCEEDED(pDB->PrepareListInsert(table, &insert))) {
     for (const Json::Value& group : groups) InsertGroup(pDB, insert.get(), group, withMainRow);
   }
   insert.reset();
-  static_cast<void>(pDB->EndTransaction());
+  if (began) static_cast<void>(pDB->EndTransaction());
   return 1;
 }
 
@@ -105,7 +107,7 @@ int32_t LoadNamesTable(CCorvaneDB* pDB, const Json::Value& names) {
   if (!names.isArray() || names.empty()) return 0;
   static_cast<void>(pDB->DropTable(schema::kNames));
   static_cast<void>(pDB->CreateTableIfMissing(schema::kNames, schema::kCreateNames));
-  static_cast<void>(pDB->BeginTransaction());
+  const bool began = pDB->BeginTransaction();
   StatementPtr insert;
   if (SUCCEEDED(pDB->PrepareNamesInsert(&insert))) {
     for (const Json::Value& entry : names) {
@@ -115,7 +117,7 @@ int32_t LoadNamesTable(CCorvaneDB* pDB, const Json::Value& names) {
     }
   }
   insert.reset();
-  static_cast<void>(pDB->EndTransaction());
+  if (began) static_cast<void>(pDB->EndTransaction());
   return 1;
 }
 

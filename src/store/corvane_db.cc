@@ -65,6 +65,11 @@ HRESULT ExecWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_
   return stmt && stmt->Execute() ? S_OK : E_FAIL;
 }
 
+HRESULT ExecWithNumber(CCorvaneDB* db, std::u16string_view sql, int64_t number) {
+  StatementPtr stmt = db->Prepare(sql);
+  return stmt && stmt->BindInt64(0, number) && stmt->Execute() ? S_OK : E_FAIL;
+}
+
 HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts) {
   StatementPtr stmt = PrepareWithTexts(db, sql, texts);
   if (!stmt || !stmt->Step()) return E_FAIL;

@@ -236,6 +236,10 @@ std::u16string SqlQuote(std::u16string_view text);
 // its end: S_OK when it ran, E_FAIL otherwise.
 HRESULT ExecWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts);
 
+// Prepares the statement, binds the number at index 0 and runs it to its
+// end: S_OK when it ran, E_FAIL otherwise.
+HRESULT ExecWithNumber(CCorvaneDB* db, std::u16string_view sql, int64_t number);
+
 // A "select count(*)" with the texts bound: S_OK above 0, S_FALSE at 0,
 // E_FAIL when it can't be asked.
 HRESULT CountWithTexts(CCorvaneDB* db, std::u16string_view sql, std::initializer_list<std::u16string_view> texts);

@@ -152,8 +152,9 @@ HRESULT CCorvaneDB::RemoveFocusURL(std::u16string_view url) {
 HRESULT CCorvaneDB::RemoveFocusByID(std::u16string_view id) {
   // An ID is a row number: text that is no decimal number names no row and
   // is refused as a failed removal, not run as one that matches nothing.
-  if (!IsDecimalId(id)) return E_FAIL;
-  return ExecWithTexts(this, u"delete from TFocusURL where ID = ?;", {id});
+  int64_t focusID = 0;
+  if (!IsDecimalId(id, &focusID)) return E_FAIL;
+  return ExecWithNumber(this, u"delete from TFocusURL where ID = ?;", focusID);
 }
 
 HRESULT CCorvaneDB::ClearFocusURLs() {

@@ -427,10 +427,11 @@ HRESULT CCorvaneDB::HideHistory(std::u16string_view urlOrAll, uint32_t uBrowser)
 
 HRESULT CCorvaneDB::HideHistoryByID(std::u16string_view id, uint32_t uBrowser) {
   // An id that is no number would not even form a statement.
-  if (!IsDecimalId(id)) return E_FAIL;
+  int64_t hid = 0;
+  if (!IsDecimalId(id, &hid)) return E_FAIL;
   std::u16string sql = u"update THistory set HideDate = 1 where HID = ?";
   if (uBrowser != 0) sql += u" and Browser = " + Number(uBrowser);
-  return ExecWithTexts(this, sql, {id});
+  return ExecWithNumber(this, sql, hid);
 }
 
 HRESULT CCorvaneDB::HideIEHistory(std::u16string_view urlOrAll) {
@@ -441,12 +442,13 @@ HRESULT CCorvaneDB::HideIEHistory(std::u16string_view urlOrAll) {
 }
 
 HRESULT CCorvaneDB::HideIEHistoryByID(std::u16string_view id) {
-  if (!IsDecimalId(id)) return E_FAIL;
+  int64_t hid = 0;
+  if (!IsDecimalId(id, &hid)) return E_FAIL;
   StatementPtr select = Prepare(u"select URL from TIEHistory where HID=?;");
-  if (!select || !select->BindText16(0, id) || !select->Step()) return E_FAIL;
+  if (!select || !select->BindInt64(0, hid) || !select->Step()) return E_FAIL;
   std::u16string url = select->ColumnText16(0);
   select.reset();
-  if (FAILED(ExecWithTexts(this, u"update TIEHistory set HideDate = 1 where HID = ?;", {id}))) return E_FAIL;
+  if (FAILED(ExecWithNumber(this, u"update TIEHistory set HideDate = 1 where HID = ?;", hid))) return E_FAIL;
   // Every IE row of that URL in THistory is hidden with it.
   return HideHistory(url, BROWSER_IE);
 }

@@ -171,12 +171,23 @@ HRESULT CCorvaneDB::GetFocusID(std::u16string_view url, uint32_t* lpuID) {
 
 namespace {
 
+// The row that a hide step names: by its number, or by its URL.
+struct HideKey {
+  std::u16string_view url;
+  int64_t rowid = 0;
+  bool byRowid = false;
+};
+
+bool BindKey(CSqliteStatement* stmt, int index, const HideKey& key) {
+  return key.byRowid ? stmt->BindInt64(index, key.rowid) : stmt->BindText16(index, key.url);
+}
+
 // One hide step: read the old Hide value, then set the new one, lowering
 // the rank only for a row that was neither hidden nor lowered before.
-HRESULT HideRow(CCorvaneDB* db, const HideTarget& target, std::u16string_view key, bool bPermanent) {
+HRESULT HideRow(CCorvaneDB* db, const HideTarget& target, const HideKey& key, bool bPermanent) {
   const std::u16string table(target.table), rank(target.rank), column(target.key);
   StatementPtr read = db->Prepare(u"select Hide, " + rank + u" from " + table + u" where " + column + u" = ? ;");
-  if (!read || !read->BindText16(0, key)) return S_OK;
+  if (!read || !BindKey(read.get(), 0, key)) return S_OK;
   int32_t oldHide = read->Step() ? read->ColumnInt(0) : 0;
   read.reset();
 
@@ -190,31 +201,37 @@ HRESULT HideRow(CCorvaneDB* db, const HideTarget& target, std::u16string_view ke
   }
   sql += u" where " + column + u" = ?;";
   StatementPtr update = db->Prepare(sql);
-  if (!update || !update->BindInt(0, newHide) || !update->BindText16(1, key)) return E_FAIL;
+  if (!update || !update->BindInt(0, newHide) || !BindKey(update.get(), 1, key)) return E_FAIL;
   return update->Execute() ? S_OK : E_FAIL;
+}
+
+// An id that is no decimal number could never have compiled as the rowid of
+// the read statement, so it changes nothing and counts as success.
+HRESULT HideRowById(CCorvaneDB* db, const HideTarget& target, std::u16string_view id, bool bPermanent) {
+  HideKey key;
+  key.byRowid = IsDecimalId(id, &key.rowid);
+  if (!key.byRowid) return S_OK;
+  return HideRow(db, target, key, bPermanent);
 }
 
 }  // namespace
 
-// An id that is no decimal number could never have compiled as the rowid of
-// the read statement, so it changes nothing and counts as success.
 HRESULT CCorvaneDB::HideRecommendDomainRow(std::u16string_view id, bool bPermanent) {
-  if (!IsDecimalId(id)) return S_OK;
-  return HideRow(this, kDomainById, id, bPermanent);
+  return HideRowById(this, kDomainById, id, bPermanent);
 }
 
 HRESULT CCorvaneDB::HideSubDomainRow(std::u16string_view id, bool bPermanent) {
-  if (!IsDecimalId(id)) return S_OK;
-  return HideRow(this, kSubDomainById, id, bPermanent);
+  return HideRowById(this, kSubDomainById, id, bPermanent);
 }
 
 HRESULT CCorvaneDB::HideRecommendURLRow(std::u16string_view id, bool bPermanent) {
-  if (!IsDecimalId(id)) return S_OK;
-  return HideRow(this, kURLById, id, bPermanent);
+  return HideRowById(this, kURLById, id, bPermanent);
 }
 
 HRESULT CCorvaneDB::HideRecommendURLRowByURL(std::u16string_view url, bool bPermanent) {
-  return HideRow(this, kURLByURL, url, bPermanent);
+  HideKey key;
+  key.url = url;
+  return HideRow(this, kURLByURL, key, bPermanent);
 }
 
 HRESULT CCorvaneDB::GetRecentDomains(uint32_t uCount, StatementPtr* lppStmt) {

@@ -3,14 +3,15 @@
 
 #include <json/json.h>
 
-#include <fstream>
-#include <map>
+#include <memory>
 
 #include "common/debug_log.h"
 #include "common/local_clock.h"
 #include "common/utf.h"
 #include "harvest/private_copy.h"
 #include "harvest/profile_readers.h"
+#include "harvest/small_file.h"
+#include "harvest/visit_values.h"
 
 namespace corvane::harvest {
 namespace {
@@ -19,6 +20,7 @@ constexpr int64_t kWindowsEpochMicros = 11644473600LL * 1000000;
 constexpr uint32_t kCoreMask = 0xFF;
 constexpr uint32_t kAutoSubframe = 3;
 constexpr uint32_t kManualSubframe = 4;
+constexpr uint32_t kReload = 8;
 constexpr uint32_t kKeywordGenerated = 10;
 constexpr uint32_t kChainEnd = 0x20000000;
 
@@ -33,12 +35,20 @@ constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_sourc
 constexpr char kVisitOrderSql[] = " order by v.visit_time, v.id";
 constexpr char kTableExistsSql[] = "select 1 from sqlite_master where type = 'table' and name = 'visit_source'";
 
-// A visit the browser itself shows as one.
+// A visit the browser itself shows as one, other than a reload (see
+// profile_readers.h). Back and forward steps and form submissions pass:
+// their core type is that of a link or of the form, with a qualifier.
 bool IsChosenVisit(int64_t storedTransition) {
   uint32_t transition = static_cast<uint32_t>(storedTransition);
   uint32_t core = transition & kCoreMask;
-  return (transition & kChainEnd) != 0 && core != kAutoSubframe && core != kManualSubframe && core != kKeywordGenerated;
+  return (transition & kChainEnd) != 0 && core != kAutoSubframe && core != kManualSubframe &&
+         core != kKeywordGenerated && core != kReload;
 }
+
+// The range of deliverable times in the browser's own unit, microseconds
+// since 1601, so that no value of the file is ever shifted out of range.
+constexpr int64_t kMinStoredTime = kMinUnixMicros + kWindowsEpochMicros;
+constexpr int64_t kMaxStoredTime = kMaxUnixMicros + kWindowsEpochMicros;
 
 std::u16string Text16(sqlite3_stmt* stmt, int column) {
   const unsigned char* text = sqlite3_column_text(stmt, column);
@@ -61,16 +71,23 @@ void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t bro
   }
 }
 
-// False, with a debug line when the file is there, for a file that is no
-// JSON object.
-bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
+// False for a file that is missing (no line: the caller knows whether that
+// matters) or, with a debug line, one that is no JSON object.
+bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot, bool* lpMissing) {
+  std::string text;
+  SmallFileStatus status = ReadSmallFile(path, kMaxBookmarksBytes, &text);
+  *lpMissing = status == SmallFileStatus::kMissing;
+  if (*lpMissing) return false;
+  if (status != SmallFileStatus::kRead) {
+    DebugLog("harvest: %s can't be read: %s\n", path.c_str(), SmallFileStatusText(status));
+    return false;
+  }
   Json::CharReaderBuilder builder;
   builder["stackLimit"] = 256;
   std::string errors;
   try {
-    if (Json::parseFromStream(builder, in, lpRoot, &errors) && lpRoot->isObject()) return true;
+    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    if (reader->parse(text.data(), text.data() + text.size(), lpRoot, &errors) && lpRoot->isObject()) return true;
   } catch (const std::exception& error) {
     errors = error.what();
   }
@@ -80,28 +97,48 @@ bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot) {
 
 }  // namespace
 
-void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
-  if (!copy.Open(profile + "/History")) return;
+  std::string file = profile + "/History";
+  if (!copy.Open(file)) return false;
   Statement hasSources = copy.Prepare(kTableExistsSql);
   bool sources = hasSources && sqlite3_step(hasSources.get()) == SQLITE_ROW;
   Statement stmt = copy.Prepare(std::string(kVisitsSql) + (sources ? kBrowsedHereSql : "") + kVisitOrderSql);
-  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+  if (!stmt) return false;
+  SkippedTimes skipped;
+  int rc = SQLITE_ROW;
+  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
     if (!IsChosenVisit(sqlite3_column_int64(stmt.get(), 5))) continue;
+    int64_t stored = sqlite3_column_int64(stmt.get(), 4);
+    if (stored < kMinStoredTime || stored > kMaxStoredTime) {
+      skipped.Note(stored);
+      continue;
+    }
     SYSTEMTIME time{};
-    UnixMicrosToLocalTime(sqlite3_column_int64(stmt.get(), 4) - kWindowsEpochMicros, &time);
+    UnixMicrosToLocalTime(stored - kWindowsEpochMicros, &time);
     lpItems->push_back(std::make_unique<HarvestItem>(
         EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
-        sqlite3_column_int(stmt.get(), 2), static_cast<uint32_t>(sqlite3_column_int(stmt.get(), 3))));
+        ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)), ClampTypedCount(sqlite3_column_int64(stmt.get(), 3))));
   }
+  skipped.Report(file);
+  if (copy.Finished(rc)) return true;
+  lpItems->clear();
+  return false;
 }
 
-void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   // The profile's own bookmarks, then those the signed-in account keeps
-  // apart in newer versions, in the same format.
+  // apart in newer versions, in the same format. Only the first is always
+  // there once the person has bookmarked anything.
+  bool read = false;
   for (const char* file : {"/Bookmarks", "/AccountBookmarks"}) {
     Json::Value root;
-    if (!ReadBookmarksFile(profile + file, &root)) continue;
+    bool missing = false;
+    if (!ReadBookmarksFile(profile + file, &root, &missing)) {
+      if (missing && std::string(file) == "/Bookmarks") DebugLog("harvest: no file %s%s\n", profile.c_str(), file);
+      continue;
+    }
+    read = true;
     const Json::Value& roots = root["roots"];
     if (!roots.isObject()) continue;
     // The browser shows its roots under localized names; these are ours.
@@ -109,6 +146,7 @@ void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemLis
         {"bookmark_bar", "Bookmarks bar"}, {"other", "Other bookmarks"}, {"synced", "Mobile bookmarks"}};
     for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, browser, lpItems);
   }
+  return read;
 }
 
 }  // namespace corvane::harvest

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
+#include "common/debug_log.h"
 #include "corvane/VisitHarvest.h"
+#include "harvest/small_file.h"
 
 namespace corvane::harvest {
 namespace {
@@ -31,9 +32,18 @@ std::string Lower(std::string text) {
 }
 
 // The value of x-scheme-handler/http in [Default Applications]; false when
-// the file or the key is missing.
+// the file or the key is missing. A file that is there but can't be read as
+// one (a FIFO, a device, a huge file) counts as missing, with a debug line.
 bool ReadHttpHandler(const std::string& path, std::string* lpValue) {
-  std::ifstream in(path);
+  std::string text;
+  SmallFileStatus status = ReadSmallFile(path, kMaxIniBytes, &text);
+  if (status != SmallFileStatus::kRead) {
+    if (status != SmallFileStatus::kMissing) {
+      DebugLog("harvest: %s skipped: %s\n", path.c_str(), SmallFileStatusText(status));
+    }
+    return false;
+  }
+  std::istringstream in(text);
   bool inDefaults = false;
   for (std::string line; std::getline(in, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -105,22 +115,19 @@ uint32_t BrowserOfDesktopFile(const std::string& desktopFile) {
 
 uint32_t DefaultBrowserFromMimeApps() {
   std::vector<std::string> applications = ApplicationFolders();
-  std::string firstList;
   for (const std::string& file : MimeAppsFiles()) {
     std::string value;
     if (!ReadHttpHandler(file, &value)) continue;
-    if (firstList.empty()) firstList = value;
     // The first installed entry is the default, whether we read it or not;
     // a list with no installed entry passes on to the next file.
     for (const std::string& desktop : Split(value, ';')) {
-      if (IsInstalled(desktop, applications)) return BrowserOfDesktopFile(desktop);
+      if (!IsInstalled(desktop, applications)) continue;
+      uint32_t browser = BrowserOfDesktopFile(desktop);
+      if (browser == BROWSER_NONE) DebugLog("harvest: the default browser %s is none we read\n", desktop.c_str());
+      return browser;
     }
   }
-  // No listed desktop file is to be seen (a bare or sandboxed system): the
-  // first entry we read of the first list.
-  for (const std::string& desktop : Split(firstList, ';')) {
-    if (uint32_t browser = BrowserOfDesktopFile(desktop)) return browser;
-  }
+  DebugLog("harvest: no mimeapps.list names an installed browser for x-scheme-handler/http\n");
   return BROWSER_NONE;
 }
 

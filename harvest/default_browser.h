@@ -20,10 +20,13 @@ std::vector<std::string> ApplicationFolders();
 // The browser value of a desktop file name; 0 for one we don't read.
 uint32_t BrowserOfDesktopFile(const std::string& desktopFile);
 
-// The first installed entry of the first file whose x-scheme-handler/http
-// names an installed one: its browser value, 0 for a browser we don't read.
-// When no listed desktop file can be found at all, the first browser we
-// read in the first file with the key; 0 when none.
+// One rule: the files are asked in order, and in the first file whose
+// x-scheme-handler/http names an installed desktop file (one found in an
+// application folder), the first installed entry is the default: its
+// browser value, 0 for a browser we don't read. A file without the key or
+// without an installed entry passes on to the next. When no file names an
+// installed entry, 0: a name alone, with no desktop file behind it, says
+// nothing about what runs here.
 uint32_t DefaultBrowserFromMimeApps();
 
 }  // namespace corvane::harvest

@@ -2,6 +2,8 @@
 
 #include <time.h>
 
+#include <cstdlib>
+
 #include "common/debug_log.h"
 #include "corvane/VisitHarvest.h"
 #include "harvest/default_browser.h"
@@ -36,21 +38,39 @@ class HarvestExtractor final : public IExtractor {
   bool Extract(uint32_t uBrowser, uint32_t uKind) override {
     FreeItems();
     m_browser = uBrowser;
+    if (uBrowser != BROWSER_CHROME && uBrowser != BROWSER_FIREFOX) {
+      DebugLog("harvest: browser 0x%x is none this library reads\n", uBrowser);
+      return false;
+    }
+    if (uKind != EXTRACT_HISTORY && uKind != EXTRACT_FAVORITES) {
+      DebugLog("harvest: no kind %u to extract\n", uKind);
+      return false;
+    }
     // The local zone, read once for every visit time of this delivery.
     tzset();
     std::string profile = ProfileOf(uBrowser);
-    if (profile.empty()) return false;
-    bool chromium = uBrowser == BROWSER_CHROME;
-    if (uKind == EXTRACT_HISTORY) {
-      chromium ? ReadChromiumHistory(profile, uBrowser, &m_items) : ReadFirefoxHistory(profile, uBrowser, &m_items);
-    } else if (uKind == EXTRACT_FAVORITES) {
-      chromium ? ReadChromiumBookmarks(profile, uBrowser, &m_items) : ReadFirefoxBookmarks(profile, uBrowser, &m_items);
+    if (profile.empty()) {
+      DebugLog("harvest: no profile of %s under HOME=%s\n", uBrowser == BROWSER_CHROME ? "Chrome" : "Firefox",
+               std::getenv("HOME") != nullptr ? std::getenv("HOME") : "(unset)");
+      return false;
     }
+    // A reader that can't read its file says why; one that could reads
+    // what it holds, possibly nothing.
+    if (!Read(profile, uBrowser, uKind)) return true;
     DebugLog("harvest: %zu items of kind %u from %s\n", m_items.size(), uKind, profile.c_str());
     return true;
   }
 
  private:
+  bool Read(const std::string& profile, uint32_t browser, uint32_t kind) {
+    bool chromium = browser == BROWSER_CHROME;
+    if (kind == EXTRACT_HISTORY) {
+      return chromium ? ReadChromiumHistory(profile, browser, &m_items) : ReadFirefoxHistory(profile, browser, &m_items);
+    }
+    return chromium ? ReadChromiumBookmarks(profile, browser, &m_items)
+                    : ReadFirefoxBookmarks(profile, browser, &m_items);
+  }
+
   ItemList m_items;
   uint32_t m_next = 0;
   uint32_t m_browser = 0;

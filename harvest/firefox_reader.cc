@@ -7,6 +7,7 @@
 #include "common/utf.h"
 #include "harvest/private_copy.h"
 #include "harvest/profile_readers.h"
+#include "harvest/visit_values.h"
 
 namespace corvane::harvest {
 namespace {
@@ -21,11 +22,13 @@ std::u16string Text16(sqlite3_stmt* stmt, int column) {
   return text != nullptr ? FromUtf8(reinterpret_cast<const char*>(text)) : std::u16string();
 }
 
-// Visits other than embedded loads (4), downloads (7) and framed links (8),
-// on pages not hidden, and not the page a redirect (5, 6) started from.
+// Visits other than embedded loads (4), downloads (7), framed links (8) and
+// reloads (9), on pages not hidden, and not the page a redirect started
+// from: a visit of type 5 or 6 is the landing page, and its from_visit is
+// the visit that redirected.
 constexpr char kVisitsSql[] =
     "select p.url, p.title, p.visit_count, p.typed, v.visit_date from moz_historyvisits v join moz_places p on p.id = "
-    "v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8) and v.id not in (select from_visit from "
+    "v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8, 9) and v.id not in (select from_visit from "
     "moz_historyvisits where visit_type in (5, 6) and from_visit is not null) order by v.visit_date, v.id";
 constexpr char kFoldersSql[] = "select id, parent, title, guid from moz_bookmarks where type = 2";
 // Saved searches are place: URLs in the bookmark tree.
@@ -63,35 +66,55 @@ std::string PathOf(int64_t folder, const std::map<int64_t, Folder>& folders) {
 
 }  // namespace
 
-void ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
-  if (!copy.Open(profile + "/places.sqlite")) return;
+  std::string file = profile + "/places.sqlite";
+  if (!copy.Open(file)) return false;
   Statement stmt = copy.Prepare(kVisitsSql);
-  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+  if (!stmt) return false;
+  SkippedTimes skipped;
+  int rc = SQLITE_ROW;
+  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
+    int64_t stored = sqlite3_column_int64(stmt.get(), 4);
+    if (!IsDeliverableTime(stored)) {
+      skipped.Note(stored);
+      continue;
+    }
     SYSTEMTIME time{};
-    UnixMicrosToLocalTime(sqlite3_column_int64(stmt.get(), 4), &time);
+    UnixMicrosToLocalTime(stored, &time);
     lpItems->push_back(std::make_unique<HarvestItem>(
         EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
-        sqlite3_column_int(stmt.get(), 2), static_cast<uint32_t>(sqlite3_column_int(stmt.get(), 3))));
+        ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)), ClampTypedCount(sqlite3_column_int64(stmt.get(), 3))));
   }
+  skipped.Report(file);
+  if (copy.Finished(rc)) return true;
+  lpItems->clear();
+  return false;
 }
 
-void ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
   PrivateCopy copy;
-  if (!copy.Open(profile + "/places.sqlite")) return;
+  if (!copy.Open(profile + "/places.sqlite")) return false;
   std::map<int64_t, Folder> folders;
   Statement stmt = copy.Prepare(kFoldersSql);
-  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+  if (!stmt) return false;
+  int rc = SQLITE_ROW;
+  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
     folders[sqlite3_column_int64(stmt.get(), 0)] =
         Folder{sqlite3_column_int64(stmt.get(), 1), Text8(stmt.get(), 2), Text8(stmt.get(), 3)};
   }
+  if (!copy.Finished(rc)) return false;
   stmt = copy.Prepare(kBookmarksSql);
-  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
+  if (!stmt) return false;
+  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
     std::string path = PathOf(sqlite3_column_int64(stmt.get(), 2), folders);
     if (path.empty()) continue;
     lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, Text16(stmt.get(), 0),
                                                      Text16(stmt.get(), 1), FromUtf8(path), SYSTEMTIME{}, 0, 0));
   }
+  if (copy.Finished(rc)) return true;
+  lpItems->clear();
+  return false;
 }
 
 }  // namespace corvane::harvest

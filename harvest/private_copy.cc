@@ -1,7 +1,16 @@
 #include "harvest/private_copy.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <thread>
+#include <vector>
 
 #include "common/debug_log.h"
 
@@ -9,6 +18,134 @@ namespace corvane::harvest {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The companions copied with the database: the journal holds what undoes
+// an unfinished transaction, the log holds commits not yet in the file. The
+// shared-memory index is rebuilt from the log and is never copied.
+constexpr const char* kCompanions[] = {"-journal", "-wal"};
+// The database header holds the change counter at byte 24 and the version
+// that goes with it at byte 92; a log's header holds its salts in its first
+// 32 bytes, a journal's its nonce and page count in its first 28.
+constexpr size_t kHeaderBytes = 100;
+constexpr size_t kCopyBuffer = 1 << 20;
+// The first wait after a moving copy; it doubles with each attempt.
+constexpr std::chrono::milliseconds kFirstWait{10};
+
+// Closes the descriptor on every way out.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : m_fd(fd) {}
+  ~FileDescriptor() {
+    if (m_fd >= 0) close(m_fd);
+  }
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  int Get() const { return m_fd; }
+
+ private:
+  int m_fd;
+};
+
+// What a source file is at one moment.
+struct FileState {
+  bool exists = false;
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  timespec modified{};
+  timespec changed{};
+  std::string header;
+
+  bool operator==(const FileState& other) const {
+    return exists == other.exists && device == other.device && inode == other.inode && size == other.size &&
+           modified.tv_sec == other.modified.tv_sec && modified.tv_nsec == other.modified.tv_nsec &&
+           changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec &&
+           header == other.header;
+  }
+};
+
+// Opens a source without ever waiting on it (a FIFO would block a plain
+// open) and makes sure it is a regular file. -1 with *lpMissing for a file
+// that is not there; -1 with *lpProblem for anything else.
+int OpenSource(const std::string& path, struct stat* lpInfo, bool* lpMissing, std::string* lpProblem) {
+  *lpMissing = false;
+  int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  if (fd < 0) {
+    *lpMissing = errno == ENOENT;
+    *lpProblem = std::strerror(errno);
+    return -1;
+  }
+  if (fstat(fd, lpInfo) != 0 || !S_ISREG(lpInfo->st_mode)) {
+    *lpProblem = "not a regular file";
+    close(fd);
+    return -1;
+  }
+  return fd;
+}
+
+// False, with *lpProblem, for a file that is there but can't be read.
+bool ReadState(const std::string& path, FileState* lpState, std::string* lpProblem) {
+  *lpState = FileState();
+  struct stat info {};
+  bool missing = false;
+  FileDescriptor fd(OpenSource(path, &info, &missing, lpProblem));
+  if (fd.Get() < 0) return missing;
+  lpState->exists = true;
+  lpState->device = info.st_dev;
+  lpState->inode = info.st_ino;
+  lpState->size = info.st_size;
+  lpState->modified = info.st_mtim;
+  lpState->changed = info.st_ctim;
+  lpState->header.resize(kHeaderBytes);
+  ssize_t got = pread(fd.Get(), lpState->header.data(), kHeaderBytes, 0);
+  lpState->header.resize(got > 0 ? static_cast<size_t>(got) : 0);
+  return true;
+}
+
+// The states of the database and its companions, in that order.
+bool ReadStates(const std::string& databaseFile, std::vector<FileState>* lpStates, std::string* lpProblem) {
+  lpStates->assign(1 + std::size(kCompanions), FileState());
+  if (!ReadState(databaseFile, &(*lpStates)[0], lpProblem)) return false;
+  for (size_t i = 0; i < std::size(kCompanions); ++i) {
+    if (!ReadState(databaseFile + kCompanions[i], &(*lpStates)[i + 1], lpProblem)) return false;
+  }
+  return true;
+}
+
+bool WriteAll(int fd, const char* data, size_t size) {
+  while (size > 0) {
+    ssize_t written = write(fd, data, size);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    data += written;
+    size -= static_cast<size_t>(written);
+  }
+  return true;
+}
+
+// Copies a regular file; a source that is gone by now is no failure (the
+// states taken after the copy tell that it moved).
+bool CopyFile(const std::string& source, const std::string& target, std::string* lpProblem) {
+  struct stat info {};
+  bool missing = false;
+  FileDescriptor in(OpenSource(source, &info, &missing, lpProblem));
+  if (in.Get() < 0) return missing;
+  FileDescriptor out(open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (out.Get() < 0) {
+    *lpProblem = std::strerror(errno);
+    return false;
+  }
+  std::vector<char> buffer(kCopyBuffer);
+  while (true) {
+    ssize_t got = read(in.Get(), buffer.data(), buffer.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got == 0) return true;
+    if (got < 0 || !WriteAll(out.Get(), buffer.data(), static_cast<size_t>(got))) {
+      *lpProblem = std::strerror(errno);
+      return false;
+    }
+  }
+}
 
 std::string MakePrivateFolder() {
   std::error_code error;
@@ -24,7 +161,7 @@ std::string MakePrivateFolder() {
 bool QuickCheckPasses(sqlite3* db) {
   sqlite3_stmt* stmt = nullptr;
   bool ok = sqlite3_prepare_v2(db, "PRAGMA quick_check", -1, &stmt, nullptr) == SQLITE_OK &&
-            sqlite3_step(stmt) == SQLITE_ROW &&
+            sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0) != nullptr &&
             std::string(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0))) == "ok";
   sqlite3_finalize(stmt);
   return ok;
@@ -43,35 +180,73 @@ void PrivateCopy::Close() {
   m_db = nullptr;
 }
 
-bool PrivateCopy::CopyAndCheck(const std::string& databaseFile) {
-  std::error_code error;
-  std::string name = fs::path(databaseFile).filename().string();
-  std::string copy = m_folder + "/" + name;
-  for (const char* suffix : {"-journal", "-wal", "-shm"}) fs::remove(copy + suffix, error);
-  fs::copy_file(databaseFile, copy, fs::copy_options::overwrite_existing, error);
-  if (error) {
-    DebugLog("harvest: can't copy %s: %s\n", databaseFile.c_str(), error.message().c_str());
-    return false;
-  }
-  // The journal or log holds what the browser wrote last; the shared-memory
-  // index is rebuilt from the log.
-  for (const char* suffix : {"-journal", "-wal"}) {
-    if (fs::exists(databaseFile + suffix, error)) {
-      fs::copy_file(databaseFile + suffix, copy + suffix, fs::copy_options::overwrite_existing, error);
-    }
-  }
+PrivateCopy::Attempt PrivateCopy::CopyOnce(const std::string& databaseFile) {
   Close();
+  std::string copy = m_folder + "/" + fs::path(databaseFile).filename().string();
+  std::error_code ignored;
+  for (const char* suffix : {"", "-journal", "-wal", "-shm"}) fs::remove(copy + suffix, ignored);
+  std::vector<FileState> before, after;
+  std::string problem;
+  bool copied = ReadStates(databaseFile, &before, &problem) && before[0].exists &&
+                CopyFile(databaseFile, copy, &problem);
+  for (size_t i = 0; copied && i < std::size(kCompanions); ++i) {
+    if (before[i + 1].exists) copied = CopyFile(databaseFile + kCompanions[i], copy + kCompanions[i], &problem);
+  }
+  if (!copied || !ReadStates(databaseFile, &after, &problem)) {
+    DebugLog("harvest: can't copy %s: %s\n", databaseFile.c_str(), problem.empty() ? "missing" : problem.c_str());
+    return Attempt::kFailed;
+  }
+  if (before != after) return Attempt::kMoved;
   if (sqlite3_open_v2(copy.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
     DebugLog("harvest: can't open the copy of %s\n", databaseFile.c_str());
-    return false;
+    return Attempt::kUnsound;
   }
   sqlite3_busy_timeout(m_db, 0);
   // The copy is ours alone: map it and keep a larger cache, as a history
   // is read in time order and its rows lie in URL order.
   static_cast<void>(sqlite3_exec(m_db, "PRAGMA mmap_size=1073741824; PRAGMA cache_size=-32768;", nullptr, nullptr,
                                  nullptr));
-  if (QuickCheckPasses(m_db)) return true;
+  if (QuickCheckPasses(m_db)) return Attempt::kSound;
   DebugLog("harvest: %s fails its quick check\n", databaseFile.c_str());
+  return Attempt::kUnsound;
+}
+
+bool PrivateCopy::Open(const std::string& databaseFile) {
+  std::error_code error;
+  fs::file_status status = fs::status(databaseFile, error);
+  if (!fs::is_regular_file(status)) {
+    DebugLog(fs::exists(status) ? "harvest: %s is not a regular file\n" : "harvest: no file %s\n",
+             databaseFile.c_str());
+    return false;
+  }
+  m_file = databaseFile;
+  if (m_folder.empty()) m_folder = MakePrivateFolder();
+  if (m_folder.empty()) {
+    DebugLog("harvest: no private folder for the copy of %s\n", databaseFile.c_str());
+    return false;
+  }
+  auto wait = kFirstWait;
+  int unsound = 0;
+  for (int attempt = 1; attempt <= kMaxAttempts; ++attempt) {
+    Attempt result = CopyOnce(databaseFile);
+    if (result == Attempt::kSound) return true;
+    if (result == Attempt::kFailed) break;
+    // A copy taken during a write can be torn and fail its check; a second
+    // one usually is not. A database that fails twice is damaged.
+    if (result == Attempt::kUnsound) {
+      if (++unsound == 2) break;
+      continue;
+    }
+    if (attempt == kMaxAttempts) {
+      DebugLog("harvest: %s kept changing while it was copied\n", databaseFile.c_str());
+      break;
+    }
+    DebugLog("harvest: %s changed while it was copied (attempt %d of %d)\n", databaseFile.c_str(), attempt,
+             kMaxAttempts);
+    std::this_thread::sleep_for(wait);
+    wait *= 2;
+  }
+  Close();
   return false;
 }
 
@@ -83,18 +258,9 @@ Statement PrivateCopy::Prepare(const std::string& sql) const {
   return Statement(stmt);
 }
 
-bool PrivateCopy::Open(const std::string& databaseFile) {
-  std::error_code error;
-  if (!fs::is_regular_file(databaseFile, error)) {
-    DebugLog("harvest: no file %s\n", databaseFile.c_str());
-    return false;
-  }
-  m_file = databaseFile;
-  if (m_folder.empty()) m_folder = MakePrivateFolder();
-  if (m_folder.empty()) return false;
-  // A copy taken during a write can be torn; a second one usually is not.
-  if (CopyAndCheck(databaseFile) || CopyAndCheck(databaseFile)) return true;
-  Close();
+bool PrivateCopy::Finished(int rc) const {
+  if (rc == SQLITE_DONE) return true;
+  DebugLog("harvest: reading the copy of %s stopped: %s\n", m_file.c_str(), sqlite3_errstr(rc));
   return false;
 }
 

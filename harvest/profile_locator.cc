@@ -4,10 +4,14 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <vector>
+
+#include "common/debug_log.h"
+#include "harvest/small_file.h"
 
 namespace corvane::harvest {
 namespace {
@@ -46,14 +50,27 @@ std::vector<std::string> ChromiumUserDataFolders() {
   return folders;
 }
 
+// A small file's text; empty, with a debug line when the file is there,
+// when it can't be read as one.
+std::string ReadText(const std::string& path, size_t maxBytes) {
+  std::string text;
+  SmallFileStatus status = ReadSmallFile(path, maxBytes, &text);
+  if (status != SmallFileStatus::kRead && status != SmallFileStatus::kMissing) {
+    DebugLog("harvest: %s skipped: %s\n", path.c_str(), SmallFileStatusText(status));
+  }
+  return text;
+}
+
 Json::Value ReadJson(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::string text = ReadText(path, kMaxLocalStateBytes);
   Json::Value root;
+  if (text.empty()) return root;
   Json::CharReaderBuilder builder;
   builder["stackLimit"] = 64;
   std::string errors;
   try {
-    if (!in || !Json::parseFromStream(builder, in, &root, &errors)) return Json::Value();
+    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors)) return Json::Value();
   } catch (const std::exception&) {
     return Json::Value();
   }
@@ -92,7 +109,7 @@ using IniSections = std::vector<std::pair<std::string, std::map<std::string, std
 
 IniSections ReadIni(const std::string& path) {
   IniSections sections;
-  std::ifstream in(path);
+  std::istringstream in(ReadText(path, kMaxIniBytes));
   for (std::string line; std::getline(in, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
@@ -117,16 +134,20 @@ std::string InstallDefault(const std::string& root, const std::map<std::string, 
   return Exists(path) ? path : std::string();
 }
 
-std::string FirefoxProfileIn(const std::string& root) {
-  // The default of an installation, from installs.ini or profiles.ini.
+// The profiles a root offers: the default of each installation, from
+// installs.ini and profiles.ini; when no installation names one that is
+// there, the profile marked Default=1, else the first.
+std::vector<std::string> FirefoxCandidatesIn(const std::string& root) {
+  std::vector<std::string> candidates;
   for (const auto& [name, keys] : ReadIni(root + "/installs.ini")) {
-    if (std::string path = InstallDefault(root, keys); !path.empty()) return path;
+    if (std::string path = InstallDefault(root, keys); !path.empty()) candidates.push_back(path);
   }
   IniSections profiles = ReadIni(root + "/profiles.ini");
   for (const auto& [name, keys] : profiles) {
     if (name.rfind("Install", 0) != 0) continue;
-    if (std::string path = InstallDefault(root, keys); !path.empty()) return path;
+    if (std::string path = InstallDefault(root, keys); !path.empty()) candidates.push_back(path);
   }
+  if (!candidates.empty()) return candidates;
   std::string first;
   for (const auto& [name, keys] : profiles) {
     if (name.rfind("Profile", 0) != 0 || keys.count("Path") == 0) continue;
@@ -134,10 +155,25 @@ std::string FirefoxProfileIn(const std::string& root) {
     std::string path = ProfilePath(root, keys.at("Path"), relative == keys.end() || relative->second != "0");
     if (!Exists(path)) continue;
     auto isDefault = keys.find("Default");
-    if (isDefault != keys.end() && isDefault->second == "1") return path;
+    if (isDefault != keys.end() && isDefault->second == "1") return {path};
     if (first.empty()) first = path;
   }
-  return first;
+  if (!first.empty()) candidates.push_back(first);
+  return candidates;
+}
+
+// When a profile's history was written last: places.sqlite, or the
+// write-ahead log beside it when that is newer (the browser writes there
+// first). Nothing for a profile without places.sqlite.
+std::optional<fs::file_time_type> PlacesWritten(const std::string& profile) {
+  std::error_code error;
+  std::string places = profile + "/places.sqlite";
+  if (!fs::exists(places, error)) return std::nullopt;
+  fs::file_time_type written = fs::last_write_time(places, error);
+  if (error) written = fs::file_time_type::min();
+  fs::file_time_type log = fs::last_write_time(places + "-wal", error);
+  if (!error && log > written) written = log;
+  return written;
 }
 
 }  // namespace
@@ -160,15 +196,25 @@ std::string FindChromiumProfile() {
 
 std::string FindFirefoxProfile() {
   std::string home = Home();
-  std::string legacy = home + "/.mozilla/firefox";
-  const std::string kRoots[] = {legacy, ConfigHome() + "/mozilla/firefox", home + "/snap/firefox/common/.mozilla/firefox",
+  const std::string kRoots[] = {home + "/.mozilla/firefox", ConfigHome() + "/mozilla/firefox",
+                                home + "/snap/firefox/common/.mozilla/firefox",
                                 home + "/.var/app/org.mozilla.firefox/.mozilla/firefox"};
+  // Every installation (a distribution's package, a snap, a flatpak, ESR
+  // beside the release) has its own default profile; the one used last is
+  // the one whose history was written last. On a tie the earlier root and
+  // installation win.
+  std::string best;
+  fs::file_time_type bestTime = fs::file_time_type::min();
   for (const std::string& root : kRoots) {
     if (!Exists(root + "/profiles.ini")) continue;
-    std::string profile = FirefoxProfileIn(root);
-    if (!profile.empty() && Exists(profile + "/places.sqlite")) return profile;
+    for (const std::string& profile : FirefoxCandidatesIn(root)) {
+      std::optional<fs::file_time_type> written = PlacesWritten(profile);
+      if (!written || (!best.empty() && *written <= bestTime)) continue;
+      best = profile;
+      bestTime = *written;
+    }
   }
-  return std::string();
+  return best;
 }
 
 }  // namespace corvane::harvest

@@ -1,23 +1,42 @@
 // profile_readers.h: what the extraction library delivers from a profile.
 //
 // History, one item per visit the person chose, with the local wall-clock
-// time of the visit, the page title, the URL and the URL's visit count:
-// - Chromium: visits that end a navigation chain (a redirect step is left
-//   out, its landing page kept), other than subframe loads (automatic and
-//   manual) and generated keyword visits, on URLs not marked hidden, and
-//   not synced from another device or imported (visit_source).
-// - Firefox: visits other than embedded loads (4), downloads (7) and framed
-//   links (8), on places not marked hidden. A visit of type 5 or 6 is the
-//   page where a redirect ended, which the person sees, and is kept; the
-//   page that redirected is left out, both through its hidden place and as
-//   the from_visit of such a visit.
-// Reloads are kept: the person chose to see the page again.
+// time of the visit, the page title, the URL and the URL's visit count.
+//
+// Chromium: a visit is kept when it ends a navigation chain (CHAIN_END),
+// on a URL not marked hidden, browsed here (not listed in visit_source as
+// synced, from an extension or imported). Of those, left out are:
+// - subframe loads, automatic (3) and manual (4): parts of another page;
+// - generated keyword visits (10): the search page a keyword led to, which
+//   the browser itself does not show as a visit;
+// - reloads (8): the page was already on screen; the browser does not
+//   count a reload in the URL's visit_count either, so keeping it would
+//   deliver more visits of a URL than the count that goes with them.
+// A redirect step (a visit without CHAIN_END) is left out; the page where
+// the chain ended is kept. Kept as well: form submissions (7), whose result
+// page the person asked for, and steps back or forward (the FORWARD_BACK
+// qualifier on any core type), which return to a page by choice and which
+// the browser counts as visits.
+//
+// Firefox: kept are links (1), typed visits (2), bookmarks (3) and the
+// visits of types 5 and 6 on places not marked hidden. Types 5 and 6 are
+// the permanent and temporary redirects, but Firefox gives that type to the
+// page the redirect landed on, not to the page that redirected: the landing
+// page is what the person saw, and it is kept. The page that redirected is
+// the one left out: its place is hidden, and where it is not (an address
+// also visited on its own), its visit is the from_visit of a type 5 or 6
+// visit. Left out as well: embedded loads (4), downloads (7), framed links
+// (8) and reloads (9), the types Firefox leaves out of visit_count.
+//
+// A visit whose time lies outside 1970..9999 is skipped (visit_values.h).
 //
 // Favourites, one item per bookmark with its folder path as a person reads
 // it ("Bookmarks bar/Work"): Chromium's Bookmarks file; Firefox's
 // moz_bookmarks without tags and saved searches (place: URLs).
 //
-// A file that is missing, locked, torn or corrupt delivers nothing.
+// Each reader returns false, after one debug line that says why, when its
+// file is missing, locked, torn, corrupt or not what it expects, and then
+// delivers nothing; true when the file was read, even if it held nothing.
 
 #ifndef CORVANE_HARVEST_PROFILE_READERS_H_
 #define CORVANE_HARVEST_PROFILE_READERS_H_
@@ -32,10 +51,10 @@ namespace corvane::harvest {
 
 using ItemList = std::vector<std::unique_ptr<HarvestItem>>;
 
-void ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
-void ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
-void ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
-void ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
+bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
+bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
+bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
+bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
 
 }  // namespace corvane::harvest
 

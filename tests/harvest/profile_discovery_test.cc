@@ -1,9 +1,11 @@
 // Which profile is read: Chromium's Local State, Firefox's installs.ini and
-// profiles.ini, and the folders each browser family may live in. Every
-// profile holds one visit to a URL that names it.
+// profiles.ini, the folders each browser family may live in, and, where
+// several are offered, the one written last. Every profile holds one visit
+// to a URL that names it.
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -37,6 +39,11 @@ void WriteOneVisit(const std::string& path, const std::string& tag, bool firefox
 void WriteText(const std::string& path, const std::string& text) {
   fs::create_directories(fs::path(path).parent_path());
   std::ofstream(path, std::ios::trunc) << text;
+}
+
+// Sets a file's modification time to some minutes ago.
+void WrittenMinutesAgo(const std::string& path, int minutes) {
+  fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::minutes(minutes));
 }
 
 class ProfileDiscoveryTest : public HarvestTest {
@@ -113,6 +120,48 @@ TEST_F(ProfileDiscoveryTest, FirefoxUnderXdgConfigWhenTheLegacyFolderIsMissing) 
   WriteText(root + "/profiles.ini", "[Profile0]\nPath=nothing-here\n");
   EXPECT_FALSE(LoadHarvest().IsBrowserInstalled(BROWSER_FIREFOX));
   EXPECT_TRUE(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).empty());
+}
+
+// A release and an ESR installation (or a snap beside a distribution's
+// package) each have their own root and default; the person uses the one
+// whose history was written last, wherever its root comes in the search.
+TEST_F(ProfileDiscoveryTest, FirefoxReadsTheProfileWrittenLastAcrossRoots) {
+  std::string legacy = Home() + "/.mozilla/firefox";
+  std::string snap = Home() + "/snap/firefox/common/.mozilla/firefox";
+  WriteOneVisit(legacy + "/l.default/places.sqlite", "legacy", true);
+  WriteOneVisit(snap + "/s.default/places.sqlite", "snap", true);
+  WriteText(legacy + "/profiles.ini", "[Profile0]\nIsRelative=1\nPath=l.default\nDefault=1\n");
+  WriteText(snap + "/installs.ini", "[A1B2C3D4]\nDefault=s.default\n");
+  WriteText(snap + "/profiles.ini", "[Profile0]\nIsRelative=1\nPath=s.default\n");
+  WrittenMinutesAgo(legacy + "/l.default/places.sqlite", 60);
+  WrittenMinutesAgo(snap + "/s.default/places.sqlite", 5);
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "snap");
+  WrittenMinutesAgo(legacy + "/l.default/places.sqlite", 1);
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "legacy");
+  // Recent writes sit in the log: a newer -wal makes its profile the newer.
+  WriteText(snap + "/s.default/places.sqlite-wal", "");
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "snap");
+}
+
+TEST_F(ProfileDiscoveryTest, FirefoxReadsTheProfileWrittenLastAcrossInstalls) {
+  std::string root = Home() + "/.mozilla/firefox";
+  WriteOneVisit(root + "/r.default-release/places.sqlite", "release", true);
+  WriteOneVisit(root + "/e.default-esr/places.sqlite", "esr", true);
+  WriteOneVisit(root + "/d.dev-edition/places.sqlite", "dev", true);
+  WriteOneVisit(root + "/m.marked/places.sqlite", "marked", true);
+  WriteText(root + "/installs.ini", "[1111]\nDefault=r.default-release\nLocked=1\n\n[2222]\nDefault=e.default-esr\n");
+  // profiles.ini's own install sections count too; Default=1 does not once
+  // an installation names a profile.
+  WriteText(root + "/profiles.ini", "[Install3333]\nDefault=d.dev-edition\n\n[Profile0]\nIsRelative=1\n"
+                                    "Path=m.marked\nDefault=1\n");
+  WrittenMinutesAgo(root + "/r.default-release/places.sqlite", 30);
+  WrittenMinutesAgo(root + "/e.default-esr/places.sqlite", 10);
+  WrittenMinutesAgo(root + "/d.dev-edition/places.sqlite", 20);
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "esr");
+  WrittenMinutesAgo(root + "/d.dev-edition/places.sqlite", 2);
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "dev");
+  WrittenMinutesAgo(root + "/r.default-release/places.sqlite", 1);
+  EXPECT_EQ(ReadTag(BROWSER_FIREFOX), "release");
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 // Which visits the library keeps, on hand-made browser files whose every
-// row is a case; and damaged or busy files.
+// row is a case, and their local times where a zone repeats an hour.
 
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "harvest/fixture/profile_fixture.h"
+#include "harvest/hand_profiles.h"
 #include "harvest/harvest_host.h"
 
 namespace corvane::testing {
@@ -16,36 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void Exec(sqlite3* db, const std::string& sql) {
-  char* message = nullptr;
-  ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message), SQLITE_OK) << (message ? message : "");
-}
-
-std::vector<std::string> URLs(const std::vector<Delivered>& items) {
-  std::vector<std::string> urls;
-  for (const Delivered& item : items) urls.push_back(item.url);
-  return urls;
-}
-
 class VisitKindsTest : public HarvestTest {
  protected:
   VisitKindsTest() : m_tz("TZ", "UTC") {}
 
   // A Chromium profile whose History holds exactly the given SQL.
-  std::string ChromiumHistory(const std::string& rows) {
-    std::string folder = Home() + "/.config/chromium/Default";
-    fs::create_directories(folder);
-    std::ofstream(Home() + "/.config/chromium/Local State") << R"({"profile":{"last_used":"Default"}})";
-    sqlite3* db = nullptr;
-    sqlite3_open((folder + "/History").c_str(), &db);
-    Exec(db, "create table urls(id INTEGER PRIMARY KEY, url LONGVARCHAR, title LONGVARCHAR, visit_count INTEGER, "
-             "typed_count INTEGER, last_visit_time INTEGER, hidden INTEGER);"
-             "create table visits(id INTEGER PRIMARY KEY, url INTEGER, visit_time INTEGER, from_visit INTEGER, "
-             "transition INTEGER, segment_id INTEGER, visit_duration INTEGER, originator_cache_guid TEXT);"
-             "create table visit_source(id INTEGER PRIMARY KEY, source INTEGER NOT NULL);" + rows);
-    sqlite3_close(db);
-    return folder + "/History";
-  }
+  std::string ChromiumHistory(const std::string& rows) { return HandChromiumHistory(Home(), rows); }
 
   test::ScopedEnv m_tz;
 };
@@ -70,7 +45,10 @@ TEST_F(VisitKindsTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {
       {6, 0, 0x3000000A, -1},                              // generated keyword visit
       {7, 1, 0x30000001, -1},                              // typed, but the URL is hidden
       {8, 0, 0x30000001, 0},                               // typed on another device, synced
-      {9, 0, 0x30000008, 1},                               // reload, browsed here: kept
+      {9, 0, 0x30000008, 1},                               // reload, browsed here: left out
+      {10, 0, 0x30000007, -1},                             // form submission: kept
+      {11, 0, 0x31000000, -1},                             // a step back to a link's page: kept
+      {12, 0, 0x33000001, -1},                             // a step forward to a typed page: kept
   };
   for (const auto& row : kRows) {
     std::string id = std::to_string(row.id);
@@ -82,7 +60,8 @@ TEST_F(VisitKindsTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {
   }
   ChromiumHistory(rows);
   std::vector<Delivered> visits = Extract(BROWSER_CHROME, EXTRACT_HISTORY);
-  EXPECT_EQ(URLs(visits), (std::vector<std::string>{"https://u1.com/", "https://u3.com/", "https://u9.com/"}));
+  EXPECT_EQ(URLs(visits), (std::vector<std::string>{"https://u1.com/", "https://u3.com/", "https://u10.com/",
+                                                    "https://u11.com/", "https://u12.com/"}));
   ASSERT_FALSE(visits.empty());
   const SYSTEMTIME& time = visits[0].time;
   EXPECT_EQ(std::vector<int>({time.wYear, time.wMonth, time.wDay, time.wDayOfWeek, time.wHour, time.wMinute,
@@ -130,7 +109,7 @@ TEST_F(VisitKindsTest, ChromiumAccountBookmarksJoinTheProfilesOwn) {
   EXPECT_EQ(URLs(Extract(BROWSER_CHROME, EXTRACT_FAVORITES)), (std::vector<std::string>{"https://local.com/"}));
 }
 
-TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages) {
+TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesReloadsAndRedirectingPages) {
   std::string error;
   fixture::ProfileSpec spec;
   spec.days = 1;
@@ -142,10 +121,10 @@ TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages)
   ASSERT_TRUE(fixture::WriteFirefoxProfile(Home(), spec, &error)) << error;
   sqlite3* db = nullptr;
   ASSERT_EQ(sqlite3_open(fixture::FirefoxPlacesPath(Home()).c_str(), &db), SQLITE_OK);
-  Exec(db, "delete from moz_historyvisits;");
+  ExecSql(db, "delete from moz_historyvisits;");
   for (int type = 1; type <= 9; ++type) {
     std::string id = std::to_string(type);
-    Exec(db, "insert into moz_places(id, url, title, hidden, visit_count) values(" + std::to_string(1000 + type) +
+    ExecSql(db, "insert into moz_places(id, url, title, hidden, visit_count) values(" + std::to_string(1000 + type) +
                  ", 'https://t" + id + ".org/', 'T', 0, 1);"
                  "insert into moz_historyvisits(place_id, visit_date, visit_type) values(" +
                  std::to_string(1000 + type) + ", 1709629623041000, " + id + ");");
@@ -153,7 +132,7 @@ TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages)
   // A redirect: the typed address redirected (its place not hidden, as it
   // was also visited on its own before) and landed on a page whose visit
   // carries the temporary redirect's type. And a hidden place's link visit.
-  Exec(db, "insert into moz_places(id, url, title, hidden, visit_count) values(2001, 'http://r.org/', 'R', 0, 1), "
+  ExecSql(db, "insert into moz_places(id, url, title, hidden, visit_count) values(2001, 'http://r.org/', 'R', 0, 1), "
            "(2002, 'https://r.org/home', 'Home', 0, 1), (2003, 'https://hidden.org/', 'H', 1, 1);"
            "insert into moz_historyvisits(id, from_visit, place_id, visit_date, visit_type) values"
            "(500, 0, 2001, 1709629624000000, 2), (501, 500, 2002, 1709629624100000, 6),"
@@ -161,85 +140,44 @@ TEST_F(VisitKindsTest, FirefoxLeavesOutEmbedsDownloadsFramesAndRedirectingPages)
   sqlite3_close(db);
   EXPECT_EQ(URLs(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY)),
             (std::vector<std::string>{"https://t1.org/", "https://t2.org/", "https://t3.org/", "https://t5.org/",
-                                      "https://t6.org/", "https://t9.org/", "https://r.org/home"}));
+                                      "https://t6.org/", "https://r.org/home"}));
 }
 
-TEST_F(VisitKindsTest, CorruptOrTruncatedHistoryDeliversNothing) {
-  std::string history = ChromiumHistory("insert into urls values(1, 'https://a.com/', 'A', 1, 0, 0, 0);"
-                                        "insert into visits values(1, 1, 13354103223041000, 0, 805306368, 0, 0, '');");
-  ASSERT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), 1u);
-  // Truncated in the middle of its pages.
-  fs::resize_file(history, fs::file_size(history) / 2);
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
-  // Garbage where a database should be.
-  std::ofstream(history, std::ios::trunc | std::ios::binary) << std::string(8192, '\x5a');
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
-  // Damaged bookmarks and a missing file.
-  std::ofstream(Home() + "/.config/chromium/Default/Bookmarks") << "{\"roots\": {\"bookmark_bar\": ";
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
-  // Nesting deep enough to exhaust a recursive reader's stack.
-  std::string deep;
-  for (int i = 0; i < 100000; ++i) deep += R"({"type": "folder", "name": "f", "children": [)";
-  std::ofstream(Home() + "/.config/chromium/Default/Bookmarks", std::ios::trunc)
-      << R"({"roots": {"bookmark_bar": )" << deep;
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_FAVORITES).empty());
-  fs::remove(history);
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
-  // A sound database of some other layout.
-  sqlite3* db = nullptr;
-  ASSERT_EQ(sqlite3_open(history.c_str(), &db), SQLITE_OK);
-  Exec(db, "create table visits(id INTEGER PRIMARY KEY, when_visited INTEGER); insert into visits values(1, 2);");
-  sqlite3_close(db);
-  EXPECT_TRUE(Extract(BROWSER_CHROME, EXTRACT_HISTORY).empty());
+// Types 5 and 6 mark the page a redirect landed on: that page is kept.
+// The page that redirected is the one left out, whether its place is
+// hidden or not; the same address visited on its own is still a visit.
+TEST_F(VisitKindsTest, FirefoxKeepsRedirectLandingPagesAndLeavesOutTheRedirectingVisit) {
+  HandFirefoxPlaces(Home(),
+                    "insert into moz_places(id, url, title, visit_count, hidden) values"
+                    "(1, 'http://a.org/', '', 1, 1), (2, 'https://a.org/', 'A', 1, 0),"
+                    "(3, 'https://b.org/go', 'Go', 2, 0), (4, 'https://b.org/home', 'Home', 1, 0);"
+                    "insert into moz_historyvisits(id, from_visit, place_id, visit_date, visit_type) values"
+                    "(10, 0, 1, 1709629620000000, 2), (11, 10, 2, 1709629620100000, 5),"
+                    "(12, 0, 3, 1709629621000000, 1),"
+                    "(13, 0, 3, 1709629622000000, 2), (14, 13, 4, 1709629622100000, 6);");
+  std::vector<Delivered> visits = Extract(BROWSER_FIREFOX, EXTRACT_HISTORY);
+  EXPECT_EQ(URLs(visits), (std::vector<std::string>{"https://a.org/", "https://b.org/go", "https://b.org/home"}));
+  ASSERT_EQ(visits.size(), 3u);
+  // The kept visit of b.org/go is the one at 09:07:01, not the redirect.
+  EXPECT_EQ(visits[1].time.wSecond, 1);
+  EXPECT_EQ(visits[1].count, 2);
 }
 
-// Another process holds the database with an open write transaction, as a
-// running browser does, and its last commit still sits in the write-ahead
-// log: the read sees that commit, neither blocks nor sees the unfinished
-// write, nor does it disturb the writer.
-TEST_F(VisitKindsTest, ProfileHeldOpenAndWrittenByAnotherProcess) {
-  std::string error;
-  fixture::ProfileSpec spec;
-  spec.days = 2;
-  spec.visitsPerDay = 30;
-  spec.distinctUrls = 100;
-  spec.hosts = 20;
-  spec.bookmarks = 5;
-  spec.lastDay = "2024-03-05";
-  ASSERT_TRUE(fixture::WriteFirefoxProfile(Home(), spec, &error)) << error;
-  size_t committed = Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size();
-  int ready[2];
-  int done[2];
-  ASSERT_EQ(pipe(ready), 0);
-  ASSERT_EQ(pipe(done), 0);
-  pid_t child = fork();
-  if (child == 0) {
-    sqlite3* db = nullptr;
-    sqlite3_open(fixture::FirefoxPlacesPath(Home()).c_str(), &db);
-    // One committed visit that stays in the log (no checkpoint), then a
-    // write transaction left open.
-    sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA wal_autocheckpoint=0; insert into "
-                     "moz_historyvisits(place_id, visit_date, visit_type) values(1, 1709629622000000, 1); begin "
-                     "exclusive; insert into moz_historyvisits(place_id, visit_date, visit_type) values(1, "
-                     "1709629623041000, 1);", nullptr, nullptr, nullptr);
-    char byte = 1;
-    static_cast<void>(write(ready[1], &byte, 1));
-    static_cast<void>(read(done[0], &byte, 1));
-    sqlite3_exec(db, "commit", nullptr, nullptr, nullptr);
-    sqlite3_close(db);
-    _exit(0);
+// The same hour in Firefox, whose times count from 1970.
+TEST_F(VisitKindsTest, FirefoxRepeatedLocalHourKeepsTheOrderOfTheInstants) {
+  test::ScopedEnv berlin("TZ", "Europe/Berlin");
+  HandFirefoxPlaces(Home(),
+                    "insert into moz_places(id, url, title, visit_count) values(1, 'https://first.com/', 'F', 1),"
+                    "(2, 'https://second.com/', 'S', 1), (3, 'https://third.com/', 'T', 1);"
+                    "insert into moz_historyvisits(id, from_visit, place_id, visit_date, visit_type) values"
+                    "(1, 0, 3, 1729992600000000, 1), (2, 0, 1, 1729989000000000, 1), (3, 0, 2, 1729990740000000, 1);");
+  std::vector<Delivered> visits = Extract(BROWSER_FIREFOX, EXTRACT_HISTORY);
+  ASSERT_EQ(URLs(visits), (std::vector<std::string>{"https://first.com/", "https://second.com/", "https://third.com/"}));
+  std::vector<std::vector<int>> clock;
+  for (const Delivered& visit : visits) {
+    clock.push_back({visit.time.wDay, visit.time.wDayOfWeek, visit.time.wHour, visit.time.wMinute});
   }
-  char byte = 0;
-  ASSERT_EQ(read(ready[0], &byte, 1), 1);
-  std::error_code ignored;
-  EXPECT_GT(fs::file_size(fixture::FirefoxPlacesPath(Home()) + "-wal", ignored), 0u);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 1);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_FAVORITES).size(), 5u);
-  ASSERT_EQ(write(done[1], &byte, 1), 1);
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 2);
+  EXPECT_EQ(clock, (std::vector<std::vector<int>>{{27, 0, 2, 30}, {27, 0, 2, 59}, {27, 0, 2, 30}}));
 }
 
 }  // namespace

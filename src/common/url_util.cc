@@ -43,6 +43,12 @@ bool StartsWithFourNumbers(View text) {
   return true;
 }
 
+// True when the text begins with a scheme: "://" with no "/" in front of it.
+bool HasScheme(View url) {
+  const size_t mark = url.find(kSchemeMark);
+  return mark != kNpos && mark > 0 && url.substr(0, mark).find(u'/') == kNpos;
+}
+
 View FullDomainView(View url) {
   View host = url;
   const size_t mark = url.find(kSchemeMark);
@@ -96,8 +102,14 @@ void MakeFixedURL(std::u16string& url, int32_t* hadWww, int32_t* hadSlash) {
 void MakeFixedURL(std::u16string& url) { MakeFixedURL(url, nullptr, nullptr); }
 
 void RestoreURL(View fixedUrl, int32_t hadWww, int32_t hadSlash, std::u16string* out) {
-  out->assign(kHttp);
-  if (hadWww) out->append(kWww);
+  out->clear();
+  // Only "http://" is taken off a URL to fix it: a URL that kept a scheme
+  // of its own (https, ftp) is whole already, and "http://" in front of it
+  // would make an address that leads nowhere.
+  if (!HasScheme(fixedUrl)) {
+    out->assign(kHttp);
+    if (hadWww) out->append(kWww);
+  }
   out->append(fixedUrl);
   if (hadSlash) out->push_back(u'/');
 }

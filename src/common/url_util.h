@@ -24,7 +24,9 @@ namespace corvane {
 void MakeFixedURL(std::u16string& url, int32_t* hadWww, int32_t* hadSlash);
 void MakeFixedURL(std::u16string& url);
 
-// "http://" + ("www." if hadWww) + fixedUrl + ("/" if hadSlash).
+// "http://" + ("www." if hadWww) + fixedUrl + ("/" if hadSlash). A fixed
+// URL that kept a scheme of its own (https://...) gets no "http://" and no
+// "www." in front: it is whole already.
 void RestoreURL(std::u16string_view fixedUrl, int32_t hadWww, int32_t hadSlash, std::u16string* out);
 
 // The host of a URL or of a bare host text: behind a leading scheme, cut at

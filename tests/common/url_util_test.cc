@@ -142,13 +142,19 @@ TEST(UrlUtilTest, RestoreUrlRebuildsFromFlags) {
   EXPECT_EQ(out, u"http://example.com");
   RestoreURL(u"example.com/a", 1, 1, &out);
   EXPECT_EQ(out, u"http://www.example.com/a/");
-  // The rule puts "http://" in front of a fixed URL that kept its scheme.
+  // A fixed URL that kept its scheme is whole: nothing goes in front.
   RestoreURL(u"https://www.example.com", 0, 1, &out);
-  EXPECT_EQ(out, u"http://https://www.example.com/");
+  EXPECT_EQ(out, u"https://www.example.com/");
+  RestoreURL(u"ftp://files.example.com/a", 0, 0, &out);
+  EXPECT_EQ(out, u"ftp://files.example.com/a");
+  // "://" behind a "/" is no scheme.
+  RestoreURL(u"example.com/r?u=https://x", 0, 0, &out);
+  EXPECT_EQ(out, u"http://example.com/r?u=https://x");
 }
 
 TEST(UrlUtilTest, RestoreOfFixedFormRoundTrips) {
-  for (const char16_t* original : {u"http://example.com", u"http://www.example.com/a/", u"http://example.com//"}) {
+  for (const char16_t* original : {u"http://example.com", u"http://www.example.com/a/", u"http://example.com//",
+                                   u"https://www.example.com/", u"https://example.com/a?b=1"}) {
     SCOPED_TRACE(ToUtf8(original));
     std::u16string url = original;
     int32_t hadWww = 0;

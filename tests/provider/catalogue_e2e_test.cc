@@ -2,7 +2,6 @@
 // interfaces each one offers, managers handed out by the provider, and the
 // unload test while objects live.
 
-#include <elf.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -12,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "support/elf_symbols.h"
 #include "support/test_host.h"
 
 namespace corvane::test {
@@ -57,32 +57,6 @@ IClassFactory* ClassObject(const CLSID& clsid) {
   IClassFactory* factory = nullptr;
   EXPECT_EQ(LoadComponent().DllGetClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
   return factory;
-}
-
-// The names of the symbols that a shared library defines for others to
-// bind to: the global and weak entries of its dynamic symbol table.
-std::set<std::string> DefinedDynamicSymbols(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  const std::vector<char> image((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  std::set<std::string> names;
-  if (image.size() < sizeof(Elf64_Ehdr)) return {"<unreadable>"};
-  const auto* header = reinterpret_cast<const Elf64_Ehdr*>(image.data());
-  if (header->e_ident[EI_CLASS] != ELFCLASS64 || header->e_shoff + header->e_shnum * sizeof(Elf64_Shdr) > image.size()) {
-    return {"<not a 64-bit ELF file>"};
-  }
-  const auto* sections = reinterpret_cast<const Elf64_Shdr*>(image.data() + header->e_shoff);
-  for (uint16_t i = 0; i < header->e_shnum; ++i) {
-    if (sections[i].sh_type != SHT_DYNSYM) continue;
-    const Elf64_Shdr& strings = sections[sections[i].sh_link];
-    const auto* symbols = reinterpret_cast<const Elf64_Sym*>(image.data() + sections[i].sh_offset);
-    for (size_t k = 0; k < sections[i].sh_size / sizeof(Elf64_Sym); ++k) {
-      const Elf64_Sym& symbol = symbols[k];
-      const unsigned char binding = ELF64_ST_BIND(symbol.st_info);
-      if (symbol.st_shndx == SHN_UNDEF || binding == STB_LOCAL) continue;
-      names.insert(std::string(image.data() + strings.sh_offset + symbol.st_name));
-    }
-  }
-  return names;
 }
 
 class CatalogueTest : public ::testing::Test {

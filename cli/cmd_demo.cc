@@ -1,36 +1,36 @@
 // cmd_demo.cc: "demo": a whole run on a sample profile. Writes a Chromium
 // profile of a month of browsing into a temporary home, installs the sample
 // white list, runs an update through the real extraction library (the one
-// beside the component) and shows the sites, the recent sites and the
-// newest day of history.
+// beside the component) and shows the update, the sites, the recent sites
+// and the newest day of history.
+//
+// The demo never mixes its sample visits into a person's data: it runs in a
+// new temporary data folder, removed at the end, or in --data-dir when that
+// holds no database yet (and keeps it there, to explore with the other
+// commands). A --data-dir with a database is refused.
 
 #include <stdlib.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
+#include "cli/data_folder.h"
+#include "cli/demo_profile.h"
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/session.h"
-#include "harvest/fixture/profile_fixture.h"
+#include "cli/update_summary.h"
 
 namespace corvane::cli {
 namespace {
 
-// A modest month of browsing, so that the demo runs in seconds.
-fixture::ProfileSpec DemoSpec() {
-  fixture::ProfileSpec spec;
-  spec.seed = 7;
-  spec.days = 30;
-  spec.visitsPerDay = 300;
-  spec.distinctUrls = 3000;
-  spec.hosts = 300;
-  spec.bookmarks = 40;
-  spec.endTime = "now";  // no visit from the demo's future
-  return spec;
-}
+// What the demo shows of each listing.
+constexpr uint32_t kDemoSites = 15;
+constexpr uint32_t kDemoRecent = 8;
+constexpr size_t kDemoVisits = 25;
 
 // A fresh folder under the temporary folder, removed with its content.
 class ScratchFolder {
@@ -52,7 +52,7 @@ class ScratchFolder {
 };
 
 bool WriteSampleHome(const std::string& home, std::string* lpError) {
-  if (!fixture::WriteChromiumProfile(home, DemoSpec(), lpError)) return false;
+  if (!fixture::WriteChromiumProfile(home, DemoProfileSpec(), lpError)) return false;
   if (!fixture::WriteDefaultBrowser(home, fixture::Family::kChromium, lpError)) return false;
   // The extraction library finds profiles from these; the component's own
   // library (not a test stand-in) is the one to load.
@@ -60,29 +60,46 @@ bool WriteSampleHome(const std::string& home, std::string* lpError) {
          unsetenv("CORVANE_HARVEST_LIBRARY") == 0;
 }
 
-HRESULT ShowDemo(const GlobalOptions& global, ProviderSession& session) {
+// Points the component at the demo's data folder; false with a message when
+// --data-dir already holds a database.
+bool ChooseDataFolder(const GlobalOptions& global, const ScratchFolder& scratch, std::string* lpError) {
+  if (global.dataDir.empty()) {
+    if (scratch.Path().empty() || setenv("CORVANE_APPDATA", scratch.Path().c_str(), 1) != 0) {
+      *lpError = "cannot make a temporary data folder";
+      return false;
+    }
+    return true;
+  }
+  std::error_code error;
+  std::string database = DataFolderPath() + "/" + kDatabaseFile;
+  if (std::filesystem::exists(database, error)) {
+    *lpError = "the demo does not run on a data folder in use; " + database +
+               " exists (run it without --data-dir, or give a new folder)";
+    return false;
+  }
+  return true;
+}
+
+HRESULT ShowDemo(const GlobalOptions& global, ProviderSession& session, Json::Value* lpDocument) {
   std::vector<SiteRecord> sites, recent;
   std::vector<DayGroup> days;
-  HRESULT hr = session.ListSites(15, &sites);
+  HRESULT hr = session.ListSites(kDemoSites, &sites);
   // The white-listed domains come all at once; a demo shows the first few.
-  if (sites.size() > 15) sites.resize(15);
-  if (SUCCEEDED(hr)) hr = session.ListRecent(8, &recent);
+  if (sites.size() > kDemoSites) sites.resize(kDemoSites);
+  if (SUCCEEDED(hr)) hr = session.ListRecent(kDemoRecent, &recent);
   if (SUCCEEDED(hr)) hr = session.ListHistory(0, std::string(), &days);
   if (FAILED(hr)) return hr;
   if (days.size() > 1) days.resize(1);
-  if (!days.empty() && days[0].visits.size() > 25) days[0].visits.resize(25);
-  std::string browser;
-  static_cast<void>(session.GetValue("ExtractBrowser", &browser));
+  if (!days.empty() && days[0].visits.size() > kDemoVisits) days[0].visits.resize(kDemoVisits);
   if (global.json) {
-    Json::Value document(Json::objectValue);
-    document["browser"] = browser;
-    document["sites"] = ToJson(sites);
-    document["recent"] = ToJson(recent);
-    document["history"] = ToJson(days);
-    PrintJson(document, stdout);
+    (*lpDocument)["browser"] = (*lpDocument)["update"]["ExtractBrowser"];
+    (*lpDocument)["sites"] = ToJson(sites);
+    (*lpDocument)["recent"] = ToJson(recent);
+    (*lpDocument)["history"] = ToJson(days);
+    PrintJson(*lpDocument, stdout);
     return S_OK;
   }
-  std::printf("Browser read: %s\n\nSites\n", browser.c_str());
+  std::printf("\nSites\n");
   PrintSites(sites, stdout);
   std::printf("\nRecent\n");
   PrintRecent(recent, stdout);
@@ -94,25 +111,40 @@ HRESULT ShowDemo(const GlobalOptions& global, ProviderSession& session) {
 int RunDemo(const GlobalOptions& global) {
   ScratchFolder home("corvane-demo-home-");
   ScratchFolder data("corvane-demo-data-");
-  if (home.Path().empty()) return Failure("cannot make a temporary folder");
   std::string error;
+  if (home.Path().empty()) return Failure("cannot make a temporary folder");
+  if (!ChooseDataFolder(global, data, &error)) return Failure(error);
   if (!WriteSampleHome(home.Path(), &error)) return Failure("cannot write the sample profile: " + error);
-  if (global.dataDir.empty() && setenv("CORVANE_APPDATA", data.Path().c_str(), 1) != 0) {
-    return Failure("cannot set the data folder");
+  bool kept = !global.dataDir.empty();
+  Json::Value document(Json::objectValue);
+  document["dataFolder"] = DataFolderPath();
+  document["kept"] = kept;
+  if (!global.json) {
+    fixture::ProfileSpec spec = DemoProfileSpec();
+    std::printf("Sample profile: %d days x %d visits in %s\n", spec.days, spec.visitsPerDay, home.Path().c_str());
+    std::printf("Data folder:    %s (%s)\n", DataFolderPath().c_str(), kept ? "kept" : "removed at the end");
   }
-  if (!global.json) std::printf("Sample profile: 30 days x 300 visits in %s\n", home.Path().c_str());
-  bool due = DailyUpdateDue();
+  auto start = std::chrono::steady_clock::now();
   ProviderSession session;
   HRESULT hr = session.Open(std::string());
-  if (SUCCEEDED(hr) && !due) hr = session.ForceUpdate();
-  if (SUCCEEDED(hr)) hr = ShowDemo(global, session);
+  if (SUCCEEDED(hr) && !session.Updated()) hr = session.ForceUpdate();
+  if (FAILED(hr)) return ComponentFailure(session.Error());
+  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  document["update"] = ReadUpdateSummary(session, true, seconds);
+  if (!global.json) PrintUpdateSummary(document["update"], stdout);
+  hr = ShowDemo(global, session, &document);
   return FAILED(hr) ? ComponentFailure(session.Error()) : kExitOk;
 }
 
 }  // namespace
 
 void AddDemoCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable) {
-  CLI::App* sub = app.add_subcommand("demo", "Run the whole system on a sample month of browsing");
+  CLI::App* sub = app.add_subcommand(
+      "demo", "Run the whole system on a sample month of browsing, in a new temporary data folder");
+  sub->footer(
+      "The demo runs in a new temporary data folder and removes it at the end. With --data-dir it runs in\n"
+      "that folder and keeps it, to explore with the other commands, but only if the folder holds no\n"
+      "database yet: the sample visits never mix with real ones.");
   lpTable->emplace_back(sub, [&global] { return RunDemo(global); });
 }
 

@@ -5,22 +5,22 @@
 #include <memory>
 #include <string>
 
+#include "cli/data_folder.h"
 #include "cli/explain_data.h"
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/records.h"
 #include "cli/score_bands.h"
-#include "cli/white_list_install.h"
 
 namespace corvane::cli {
 namespace {
 
 std::string BandText(const ScoreModel& model, uint32_t day) {
-  const ScoreRow* row = model.RowFor(day);
+  const ScoreBand* row = model.RowFor(day);
   if (row == nullptr) return "outside every band (weight 0)";
   char text[96];
-  std::snprintf(text, sizeof(text), "day indexes %u-%u, weight %.1f", row->DayFrom, row->DayTo - 1,
-                static_cast<double>(row->RecencyWeight));
+  std::snprintf(text, sizeof(text), "day indexes %u-%u, weight %.1f", row->dayFrom, row->dayTo - 1,
+                static_cast<double>(row->recencyWeight));
   return text;
 }
 
@@ -35,7 +35,7 @@ Json::Value UrlJson(const ScoredUrl& url, const ScoreModel& model) {
   value["recencyBand"] = BandText(model, url.newestDay);
   value["favorite"] = url.favorite;
   value["score"] = url.score;
-  value["expectedScore"] = model.Score(url.days, url.visits, url.newestDay, url.favorite);
+  if (!model.rows.empty()) value["expectedScore"] = model.Score(url.days, url.visits, url.newestDay, url.favorite);
   return value;
 }
 
@@ -45,11 +45,11 @@ Json::Value FactsJson(const ExplainFacts& facts, const ScoreModel& model) {
   document["mainDomain"] = facts.mainDomain;
   if (facts.isUrl) document["fixedUrl"] = facts.fixedUrl;
   document["settings"] = model.source;
-  const ScoreRow* first = model.RowFor(0);
+  const ScoreBand* first = model.RowFor(0);
   if (first != nullptr) {
-    document["dayScore"] = first->DayScore;
-    document["visitScore"] = first->VisitScore;
-    document["favoritePercent"] = first->FavoritePercent;
+    document["dayScore"] = first->dayScore;
+    document["visitScore"] = first->visitScore;
+    document["favoritePercent"] = first->favoritePercent;
   }
   document["urls"] = Json::Value(Json::arrayValue);
   for (const ScoredUrl& url : facts.urls) document["urls"].append(UrlJson(url, model));
@@ -74,17 +74,24 @@ Json::Value FactsJson(const ExplainFacts& facts, const ScoreModel& model) {
 }
 
 void PrintFacts(const Json::Value& facts) {
-  std::printf("%s (main domain %s)\n", facts["domain"].asCString(), facts["mainDomain"].asCString());
-  std::printf("Scoring: (%d x days + %d x visits) x recency weight x %d%% for a favourite  [%s]\n",
-              facts["dayScore"].asInt(), facts["visitScore"].asInt(), facts["favoritePercent"].asInt(),
-              facts["settings"].asCString());
+  std::string main = facts["mainDomain"].asString();
+  std::printf("%s (main domain %s)\n", facts["domain"].asCString(), main.empty() ? "not recorded" : main.c_str());
+  if (facts.isMember("dayScore")) {
+    std::printf("Scoring: (%d x days + %d x visits) x recency weight x %d%% for a favourite  [%s]\n",
+                facts["dayScore"].asInt(), facts["visitScore"].asInt(), facts["favoritePercent"].asInt(),
+                facts["settings"].asCString());
+  } else {
+    std::printf("Scoring: Settings.ini holds no readable score rows\n");
+  }
   if (facts["urls"].empty()) std::printf("No scored URL: the analysis has not seen it in its span.\n");
   for (const Json::Value& url : facts["urls"]) {
-    std::printf("  %s [%s]\n    %u days, %u visits, newest day index %u (%s)%s\n    score %u (computed %u)\n",
+    std::string computed = url.isMember("expectedScore") ? " (computed " + url["expectedScore"].asString() + ")" : "";
+    std::printf("  %s [%s]\n    %u %s, %u visits, newest day index %u (%s)%s\n    score %u%s\n",
                 url["url"].asCString(), url["table"].asString() == "h2" ? "long-standing" : "recent only",
-                url["days"].asUInt(), url["visits"].asUInt(), url["newestDayIndex"].asUInt(),
+                url["days"].asUInt(), url["days"].asUInt() == 1 ? "day" : "days", url["visits"].asUInt(),
+                url["newestDayIndex"].asUInt(),
                 url["recencyBand"].asCString(), url["favorite"].asBool() ? ", favourite" : "", url["score"].asUInt(),
-                url["expectedScore"].asUInt());
+                computed.c_str());
   }
   for (const Json::Value& row : facts["ranked"]) {
     std::printf("Listed in %s as ID %lld (%s): score %lld, %s\n", row["table"].asCString(),
@@ -99,9 +106,9 @@ void PrintFacts(const Json::Value& facts) {
 
 int RunExplain(const GlobalOptions& global, const std::string& target) {
   std::string folder = DataFolderPath();
-  std::string db = folder + "/CorvaneAppDB.db";
+  std::string db = folder + "/" + kDatabaseFile;
   std::error_code error;
-  if (folder.empty() || !std::filesystem::is_regular_file(db, error)) {
+  if (folder.empty() || !std::filesystem::exists(db, error)) {
     return Failure("no database in " + folder + ": run 'corvane update' first");
   }
   ExplainFacts facts;

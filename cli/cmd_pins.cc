@@ -119,6 +119,10 @@ HRESULT IsListed(ProviderSession& session, HideKind kind, const std::string& id,
   for (const SiteRecord& site : sites) {
     bool same = byUrl ? site.url == id : std::to_string(site.id) == id;
     *lpListed = *lpListed || (same && site.whiteList == wanted);
+    // A sub-site nested in a site is a row of the sites' table too.
+    for (const SiteRecord& sub : site.subSites) {
+      *lpListed = *lpListed || (kind == HideKind::kSite && sub.id != 0 && std::to_string(sub.id) == id);
+    }
   }
   return hr;
 }
@@ -165,7 +169,8 @@ void AddPinCommands(CLI::App& app, const GlobalOptions& global, CommandTable* lp
   auto hide = std::make_shared<HideOptions>();
   sub = app.add_subcommand("hide", "Hide a site, a history entry or a favourite");
   sub->add_option("KIND", hide->kind, "site, subsite, url, history or favorite")->required();
-  sub->add_option("ID", hide->id, "ID as listed (a URL also for url)")->required();
+  sub->add_option("ID", hide->id, "ID as listed; a nested sub-site's ID goes with site (a URL also for url)")
+      ->required();
   sub->add_flag("--until-rebuild", hide->untilRebuild, "Hide until the next update, lowering the site's weight");
   lpTable->emplace_back(sub, [&global, hide] { return RunHide(global, *hide); });
 }

@@ -6,12 +6,12 @@
 #include <memory>
 #include <string>
 
+#include "cli/data_folder.h"
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/report_html.h"
 #include "cli/score_bands.h"
 #include "cli/session.h"
-#include "cli/white_list_install.h"
 
 namespace corvane::cli {
 namespace {
@@ -21,17 +21,15 @@ constexpr uint32_t kReportRecent = 10;
 
 HRESULT GatherReport(ProviderSession& session, ReportData* lpData) {
   HRESULT hr = session.ListSites(kReportSites, &lpData->sites);
+  // The white-listed domains come all at once, whatever the count asked for.
+  if (lpData->sites.size() > kReportSites) lpData->sites.resize(kReportSites);
   if (SUCCEEDED(hr)) hr = session.ListRecent(kReportRecent, &lpData->recent);
   if (SUCCEEDED(hr)) hr = session.ListFavorites(0, &lpData->favorites);
   std::vector<DayGroup> days;
   if (SUCCEEDED(hr)) hr = session.ListHistory(0, std::string(), &days);
   if (FAILED(hr)) return hr;
   // The analysis looks at this many days with visits, newest first.
-  size_t span = LoadScoreModel(DataFolderPath()).MaxDays();
-  if (days.size() > span) days.resize(span);
-  for (auto day = days.rbegin(); day != days.rend(); ++day) {
-    lpData->visitsPerDay.emplace_back(day->label, static_cast<int>(day->visits.size()));
-  }
+  lpData->visitsPerDay = VisitsPerDay(days, LoadScoreModel(DataFolderPath()).MaxDays());
   return session.GetValue("LastUpdate", &lpData->generated);
 }
 

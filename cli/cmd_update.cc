@@ -10,13 +10,10 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/session.h"
+#include "cli/update_summary.h"
 
 namespace corvane::cli {
 namespace {
-
-// Keys of DBConfig.ini that an update writes, in the order they are shown.
-constexpr const char* kCounterKeys[] = {"AddHistoryCount", "BuildOftenTable", "H2", "E3inH2", "E3",
-                                        "H1",              "E2inH1",          "E2"};
 
 struct UpdateOptions {
   bool force = false;
@@ -35,36 +32,22 @@ std::string SettingsParameter(const std::string& settings) {
 }
 
 int RunUpdate(const GlobalOptions& global, const UpdateOptions& options) {
-  bool due = DailyUpdateDue();
   auto start = std::chrono::steady_clock::now();
   ProviderSession session;
   ProgressLine progress("updating", !global.json);
   HRESULT hr = session.Open(SettingsParameter(options.settings));
-  if (SUCCEEDED(hr) && options.force && !due) hr = session.ForceUpdate();
+  // The first start of a day has updated already; --force does not run a
+  // second update right after it.
+  bool forced = SUCCEEDED(hr) && options.force && !session.Updated();
+  if (forced) hr = session.ForceUpdate();
   progress.Stop();
   if (FAILED(hr)) return ComponentFailure(session.Error());
   double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  Json::Value document(Json::objectValue);
-  std::string value;
-  document["updated"] = due || options.force;
-  document["seconds"] = seconds;
-  for (const char* key : {"ExtractBrowser", "LastUpdate"}) {
-    document[key] = SUCCEEDED(session.GetValue(key, &value)) ? value : std::string();
-  }
-  Json::Value counters(Json::objectValue);
-  for (const char* key : kCounterKeys) {
-    if (SUCCEEDED(session.GetValue(key, &value))) counters[key] = value;
-  }
-  document["counters"] = counters;
+  Json::Value summary = ReadUpdateSummary(session, session.Updated() || forced, seconds);
   if (global.json) {
-    PrintJson(document, stdout);
-    return kExitOk;
-  }
-  std::printf("%s in %.2f s\n", due || options.force ? "Updated" : "Already up to date today", seconds);
-  std::printf("Browser read: %s\nLast update:  %s\n", document["ExtractBrowser"].asCString(),
-              document["LastUpdate"].asCString());
-  for (const std::string& key : counters.getMemberNames()) {
-    std::printf("  %-16s %s\n", key.c_str(), counters[key].asCString());
+    PrintJson(summary, stdout);
+  } else {
+    PrintUpdateSummary(summary, stdout);
   }
   return kExitOk;
 }

@@ -1,5 +1,6 @@
-// host_text.h: text helpers of the corvane host: BSTR to UTF-8, status codes
-// as hex, and the decimal test that ID arguments must pass.
+// host_text.h: text helpers of the corvane host: UTF-8 to and from the
+// component's UTF-16 strings, status codes as hex, and the decimal test that
+// ID arguments must pass.
 
 #ifndef CORVANE_CLI_HOST_TEXT_H_
 #define CORVANE_CLI_HOST_TEXT_H_
@@ -10,6 +11,13 @@
 #include "corvane/CorvaneDataProvider.h"
 
 namespace corvane::cli {
+
+// Conversions that never fail: a byte that is no part of a valid UTF-8
+// sequence, and a lone surrogate, become U+FFFD.
+std::u16string Utf8ToUtf16(std::string_view utf8);
+std::string Utf16ToUtf8(std::u16string_view utf16);
+// One wchar_t per code point, for the wide regular expressions.
+std::wstring Utf8ToWide(std::string_view utf8);
 
 // UTF-8 copy of a component string; null reads as empty.
 std::string FromBstr(BSTR text);

@@ -7,6 +7,17 @@
 
 #include "cli/options.h"
 
+namespace {
+
+// The word that was taken for a command but is none, or empty.
+std::string UnknownCommand(const CLI::App& app) {
+  if (!app.get_subcommands().empty()) return std::string();
+  std::vector<std::string> words = app.remaining();
+  return words.empty() ? std::string() : words.front();
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   using namespace corvane::cli;
   CLI::App app("corvane: the sites you really use, from your browser history", "corvane");
@@ -22,6 +33,7 @@ int main(int argc, char** argv) {
   AddExplainCommand(app, global, &table);
   AddReportCommand(app, global, &table);
   AddDemoCommand(app, global, &table);
+  AddBrowsersCommand(app, global, &table);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& help) {
@@ -29,9 +41,12 @@ int main(int argc, char** argv) {
   } catch (const CLI::CallForAllHelp& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
+    std::string unknown = UnknownCommand(app);
+    if (!unknown.empty()) return UsageError("unknown command '" + unknown + "': see 'corvane --help'");
     return UsageError(error.what());
   }
-  if (!ApplyGlobalOptions(global)) return Failure("cannot use the data folder " + global.dataDir);
+  std::string problem;
+  if (!ApplyGlobalOptions(global, &problem)) return Failure(problem);
   for (const auto& [command, run] : table) {
     if (command->parsed()) return run();
   }

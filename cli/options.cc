@@ -7,13 +7,19 @@
 
 namespace corvane::cli {
 
-bool ApplyGlobalOptions(const GlobalOptions& options) {
+bool ApplyGlobalOptions(const GlobalOptions& options, std::string* lpError) {
   if (options.dataDir.empty()) return true;
   std::error_code error;
+  std::filesystem::path absolute;
   std::filesystem::create_directories(options.dataDir, error);
-  if (error || !std::filesystem::is_directory(options.dataDir, error)) return false;
-  std::filesystem::path absolute = std::filesystem::absolute(options.dataDir, error);
-  if (error) return false;
+  if (!error && !std::filesystem::is_directory(options.dataDir, error)) {
+    error = std::make_error_code(std::errc::not_a_directory);
+  }
+  if (!error) absolute = std::filesystem::absolute(options.dataDir, error);
+  if (error) {
+    *lpError = "cannot use the data folder " + options.dataDir + ": " + error.message();
+    return false;
+  }
   return setenv("CORVANE_APPDATA", absolute.c_str(), 1) == 0;
 }
 

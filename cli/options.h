@@ -28,9 +28,9 @@ struct GlobalOptions {
 // A subcommand and what runs when it was chosen; returns the exit status.
 using CommandTable = std::vector<std::pair<CLI::App*, std::function<int()>>>;
 
-// Points the component at --data-dir (CORVANE_APPDATA). False when the
-// folder cannot be made.
-[[nodiscard]] bool ApplyGlobalOptions(const GlobalOptions& options);
+// Points the component at --data-dir (CORVANE_APPDATA). False with one
+// line naming the folder and the cause when the folder cannot be made.
+[[nodiscard]] bool ApplyGlobalOptions(const GlobalOptions& options, std::string* lpError);
 
 // One line "corvane: <message>" on stderr; returns the status to exit with.
 int Failure(const std::string& message);
@@ -45,6 +45,7 @@ void AddPinCommands(CLI::App& app, const GlobalOptions& global, CommandTable* lp
 void AddExplainCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 void AddReportCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 void AddDemoCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
+void AddBrowsersCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 
 }  // namespace corvane::cli
 

@@ -128,8 +128,11 @@ void PrintSites(const std::vector<SiteRecord>& sites, std::FILE* out) {
     std::string name = (site.focus ? "* " : "") + SiteLabel(site);
     table.AddRow({std::to_string(site.id), SiteKindName(site), Number(site.weight), HideStateName(site.hide), name,
                   site.url});
+    // A nested sub-site shows the ID of its host's row, which "hide site"
+    // takes; none when the database does not name one.
     for (const SiteRecord& sub : site.subSites) {
-      table.AddRow({"", "", Number(sub.weight), HideStateName(sub.hide), "  \u2514 " + SiteLabel(sub), sub.url});
+      table.AddRow({sub.id == 0 ? "-" : std::to_string(sub.id), SiteKindName(sub), Number(sub.weight),
+                    HideStateName(sub.hide), "  \u2514 " + SiteLabel(sub), sub.url});
     }
   }
   table.Print(out);

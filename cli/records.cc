@@ -1,26 +1,19 @@
 #include "cli/records.h"
 
+#include "cli/com_ref.h"
 #include "cli/host_text.h"
-#include "platform/com_object.h"
 
 namespace corvane::cli {
 namespace {
 
-template <class I>
-ComPtr<I> QueryAs(IUnknown* object, const IID& iid) {
-  I* result = nullptr;
-  if (object == nullptr || object->QueryInterface(iid, reinterpret_cast<void**>(&result)) < 0) return ComPtr<I>();
-  return ComPtr<I>(result);
-}
-
 // Items of an array, each with one reference.
-HRESULT ArrayItems(IUnknown* lpArray, std::vector<ComPtr<IUnknown>>* lpItems) {
-  ComPtr<IURLArray> array = QueryAs<IURLArray>(lpArray, IID_IURLArray);
+HRESULT ArrayItems(IUnknown* lpArray, std::vector<ComRef<IUnknown>>* lpItems) {
+  ComRef<IURLArray> array = QueryAs<IURLArray>(lpArray, IID_IURLArray);
   if (!array) return E_NOINTERFACE;
   uint32_t count = 0;
   HRESULT hr = array->GetCount(&count);
   for (uint32_t i = 0; SUCCEEDED(hr) && i < count; ++i) {
-    ComPtr<IUnknown> item;
+    ComRef<IUnknown> item;
     hr = array->GetItem(i, item.Put());
     if (SUCCEEDED(hr)) lpItems->push_back(std::move(item));
   }
@@ -42,7 +35,7 @@ std::optional<uint32_t> ExtraNumber(IURLInfo2* info, const char* key) {
 }
 
 HRESULT ReadSite(IUnknown* lpItem, SiteRecord* lpOut) {
-  ComPtr<IURLInfo2> info = QueryAs<IURLInfo2>(lpItem, IID_IURLInfo2);
+  ComRef<IURLInfo2> info = QueryAs<IURLInfo2>(lpItem, IID_IURLInfo2);
   if (!info) return E_NOINTERFACE;
   OwnedBstr name, url;
   HRESULT hr = info->GetID(&lpOut->id);
@@ -62,13 +55,13 @@ HRESULT ReadSite(IUnknown* lpItem, SiteRecord* lpOut) {
   lpOut->visitCount = ExtraNumber(info.Get(), "VisitCount");
   lpOut->focusId = ExtraNumber(info.Get(), "FocusID");
   OwnedBstr key("SubDomain");
-  ComPtr<IUnknown> sub;
+  ComRef<IUnknown> sub;
   if (info->GetExtraInfoUnknown(key.Get(), sub.Put()) == S_OK) return ReadSiteArray(sub.Get(), &lpOut->subSites);
   return S_OK;
 }
 
 HRESULT ReadUrl(IUnknown* lpItem, UrlRecord* lpOut) {
-  ComPtr<IURLInfo> info = QueryAs<IURLInfo>(lpItem, IID_IURLInfo);
+  ComRef<IURLInfo> info = QueryAs<IURLInfo>(lpItem, IID_IURLInfo);
   if (!info) return E_NOINTERFACE;
   OwnedBstr name, url, path, time;
   HRESULT hr = info->GetID(&lpOut->id);
@@ -86,7 +79,7 @@ HRESULT ReadUrl(IUnknown* lpItem, UrlRecord* lpOut) {
 }  // namespace
 
 HRESULT ReadSiteArray(IUnknown* lpArray, std::vector<SiteRecord>* lpOut) {
-  std::vector<ComPtr<IUnknown>> items;
+  std::vector<ComRef<IUnknown>> items;
   HRESULT hr = ArrayItems(lpArray, &items);
   for (size_t i = 0; SUCCEEDED(hr) && i < items.size(); ++i) {
     SiteRecord record;
@@ -97,7 +90,7 @@ HRESULT ReadSiteArray(IUnknown* lpArray, std::vector<SiteRecord>* lpOut) {
 }
 
 HRESULT ReadUrlArray(IUnknown* lpArray, std::vector<UrlRecord>* lpOut) {
-  std::vector<ComPtr<IUnknown>> items;
+  std::vector<ComRef<IUnknown>> items;
   HRESULT hr = ArrayItems(lpArray, &items);
   for (size_t i = 0; SUCCEEDED(hr) && i < items.size(); ++i) {
     UrlRecord record;
@@ -108,7 +101,7 @@ HRESULT ReadUrlArray(IUnknown* lpArray, std::vector<UrlRecord>* lpOut) {
 }
 
 HRESULT ReadDayGroups(IUnknown* lpArray, std::vector<DayGroup>* lpOut) {
-  std::vector<ComPtr<IUnknown>> days;
+  std::vector<ComRef<IUnknown>> days;
   HRESULT hr = ArrayItems(lpArray, &days);
   for (size_t i = 0; SUCCEEDED(hr) && i < days.size(); ++i) {
     std::vector<UrlRecord> rows;

@@ -19,7 +19,7 @@ namespace corvane::cli {
 
 // A recommendation or recent record (IURLInfo2).
 struct SiteRecord {
-  uint32_t id = 0;
+  uint32_t id = 0;                     // GetID; a nested sub-site's is set by the session (0: none)
   std::string name;
   std::string url;
   std::string domain;

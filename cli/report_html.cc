@@ -1,6 +1,10 @@
 #include "cli/report_html.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <iterator>
+#include <map>
 
 namespace corvane::cli {
 namespace {
@@ -50,7 +54,46 @@ std::string Chart(const std::vector<std::pair<std::string, int>>& days) {
   return svg + "</svg>\n";
 }
 
+using Date = std::chrono::year_month_day;
+
+bool StampDate(const std::string& stamp, Date* lpDate) {
+  int year = 0;
+  unsigned month = 0, day = 0;
+  if (std::sscanf(stamp.c_str(), "%4d.%2u.%2u", &year, &month, &day) != 3) return false;
+  *lpDate = Date{std::chrono::year{year}, std::chrono::month{month}, std::chrono::day{day}};
+  return lpDate->ok();
+}
+
+std::string DateLabel(const Date& date) {
+  char text[16];
+  std::snprintf(text, sizeof(text), "%04d-%02u-%02u", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  return text;
+}
+
 }  // namespace
+
+std::vector<std::pair<std::string, int>> VisitsPerDay(const std::vector<DayGroup>& days, size_t span) {
+  std::map<std::chrono::sys_days, int> counts;
+  for (const DayGroup& day : days) {
+    for (const UrlRecord& visit : day.visits) {
+      Date date;
+      if (StampDate(visit.lastVisit, &date)) ++counts[std::chrono::sys_days(date)];
+    }
+  }
+  std::vector<std::pair<std::string, int>> bars;
+  if (counts.empty()) return bars;
+  std::chrono::sys_days newest = counts.rbegin()->first;
+  // The oldest day of the span is the span-th newest day with visits.
+  std::chrono::sys_days oldest = counts.begin()->first;
+  if (span != 0 && counts.size() > span) oldest = std::next(counts.rbegin(), static_cast<long>(span) - 1)->first;
+  oldest = std::max(oldest, newest - std::chrono::days(kMaxChartDays - 1));
+  for (std::chrono::sys_days date = oldest; date <= newest; date += std::chrono::days(1)) {
+    auto found = counts.find(date);
+    bars.emplace_back(DateLabel(Date(date)), found == counts.end() ? 0 : found->second);
+  }
+  return bars;
+}
 
 std::string EscapeHtml(const std::string& text) {
   std::string out;

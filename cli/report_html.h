@@ -24,6 +24,13 @@ struct ReportData {
   std::vector<std::pair<std::string, int>> visitsPerDay;  // oldest day first
 };
 
+// The chart's bars: one per calendar day, oldest first, from the oldest of
+// the newest span days with visits up to the newest day with visits, at
+// most kMaxChartDays of them; a day without visits is a bar of 0. Visits
+// are dated by their stamps ("YYYY.MM.DD ..."); span 0 takes every day.
+inline constexpr int kMaxChartDays = 366;
+std::vector<std::pair<std::string, int>> VisitsPerDay(const std::vector<DayGroup>& days, size_t span);
+
 std::string EscapeHtml(const std::string& text);
 // An address for href: the URL with "http://" in front when it has no
 // scheme; anything that is not http or https becomes "#".

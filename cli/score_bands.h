@@ -1,28 +1,38 @@
-// score_bands.h: the scoring numbers as the component uses them, for the
-// explain command.
+// score_bands.h: the scoring numbers in force, for the explain command.
 //
-// The rows come from the "Analyze" value of Settings.ini in the data folder,
-// parsed by the component's own settings parser, and from the built-in
-// default text when that file or value is missing or does not parse, as the
-// component does. Nothing is written.
+// The rows come from the "Analyze" value of Settings.ini in the data
+// folder, the file in which the component keeps the settings it scores
+// with (it writes its defaults there when the file is missing). A row is
+// "{DayFrom,DayTo,DayScore,VisitScore,FavoritePercent,RecencyWeight,...}"
+// and rows are separated by ";"; the host reads the first six numbers of
+// each. Nothing is written.
 
 #ifndef CORVANE_CLI_SCORE_BANDS_H_
 #define CORVANE_CLI_SCORE_BANDS_H_
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
-
-#include "settings/score_settings.h"
 
 namespace corvane::cli {
 
+// The numbers of one row for the day indexes DayFrom <= day < DayTo.
+struct ScoreBand {
+  uint32_t dayFrom = 0;
+  uint32_t dayTo = 0;
+  int32_t dayScore = 0;         // points for each distinct day of a URL
+  int32_t visitScore = 0;       // points for each visit
+  int32_t favoritePercent = 0;  // a favourite's score in percent
+  float recencyWeight = 0.0f;   // multiplier of the row's day range
+};
+
 struct ScoreModel {
-  std::vector<ScoreRow> rows;
-  std::string source;  // "Settings.ini" or "built-in default"
+  std::vector<ScoreBand> rows;
+  std::string source;  // "Settings.ini", or empty when it gave no rows
 
   // The first row with DayFrom <= day < DayTo, or null.
-  const ScoreRow* RowFor(uint32_t day) const;
+  const ScoreBand* RowFor(uint32_t day) const;
   // The largest DayTo: the number of days with visits that are analysed.
   uint32_t MaxDays() const;
   // (DayScore x days + VisitScore x visits) x weight of the newest day x
@@ -30,6 +40,9 @@ struct ScoreModel {
   uint32_t Score(uint32_t days, uint32_t visits, uint32_t newestDay, bool favorite) const;
 };
 
+// The rows of an "Analyze" value; false, with no rows, when any row does
+// not read.
+[[nodiscard]] bool ParseScoreBands(std::string_view text, std::vector<ScoreBand>* lpRows);
 ScoreModel LoadScoreModel(const std::string& dataFolder);
 
 }  // namespace corvane::cli

@@ -1,21 +1,14 @@
 #include "cli/session.h"
 
+#include <map>
+
+#include "cli/data_folder.h"
 #include "cli/host_text.h"
+#include "cli/store_reader.h"
 #include "cli/white_list_install.h"
-#include "common/local_clock.h"
-#include "common/time_stamp.h"
-#include "common/utf.h"
-#include "platform/ini_file.h"
 
 namespace corvane::cli {
 namespace {
-
-template <class I>
-ComPtr<I> QueryAs(IUnknown* object, const IID& iid) {
-  I* result = nullptr;
-  if (object == nullptr || object->QueryInterface(iid, reinterpret_cast<void**>(&result)) < 0) return ComPtr<I>();
-  return ComPtr<I>(result);
-}
 
 constexpr uint32_t kRecommendManager = 1;
 constexpr uint32_t kFocusManager = 2;
@@ -24,18 +17,23 @@ constexpr uint32_t kFavoriteManager = 4;
 // High half of a hide flag: hide until the next rebuild, lowering the score.
 constexpr uint32_t kUntilRebuild = 0x00010000;
 
-}  // namespace
-
-bool DailyUpdateDue() {
-  std::string folder = DataFolderPath();
-  if (folder.empty()) return true;
-  std::u16string last = ReadProfileString(FromUtf8(folder + "/DBConfig.ini"), u"DBConfig", u"LastUpdate", u"", 260);
-  SYSTEMTIME now{};
-  GetLocalTime(&now);
-  std::u16string today;
-  FormatVisitStamp(now, &today);
-  return last.size() < 10 || last.compare(0, 10, today, 0, 10) != 0;
+// The IDs of the nested sub-sites: their hosts' TRecommendDomain rows.
+void NameNestedSites(std::vector<SiteRecord>* lpSites) {
+  std::vector<std::string> hosts;
+  for (const SiteRecord& site : *lpSites) {
+    for (const SiteRecord& sub : site.subSites) hosts.push_back(sub.domain);
+  }
+  if (hosts.empty()) return;
+  std::map<std::string, int64_t> ids = ReadDomainRowIds(DataFolderPath() + "/" + kDatabaseFile, hosts);
+  for (SiteRecord& site : *lpSites) {
+    for (SiteRecord& sub : site.subSites) {
+      auto found = ids.find(sub.domain);
+      sub.id = found == ids.end() ? 0 : static_cast<uint32_t>(found->second);
+    }
+  }
 }
+
+}  // namespace
 
 HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
   m_error = what + " failed (" + HexStatus(hr) + ")";
@@ -43,16 +41,27 @@ HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
 }
 
 HRESULT ProviderSession::Open(const std::string& param) {
-  InstallSampleWhiteList();
-  ComPtr<IClassFactory> factory;
+  // The provider reads and may write its settings file as soon as it is
+  // created, so the folder is checked before.
+  if (!PrepareDataFolder(&m_error)) return E_FAIL;
+  static_cast<void>(InstallSampleWhiteList());
+  ComRef<IClassFactory> factory;
   HRESULT hr = DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
                                  reinterpret_cast<void**>(factory.Put()));
   if (FAILED(hr)) return Fail(hr, "getting the provider's class object");
   hr = factory->CreateInstance(nullptr, IID_ICorvaneDataProviderObject, reinterpret_cast<void**>(m_provider.Put()));
   if (FAILED(hr)) return Fail(hr, "creating the provider");
+  // GetValue reads DBConfig.ini and works before Initialize; a missing key
+  // fails and reads as empty.
+  std::string before, after;
+  static_cast<void>(GetValue("LastUpdate", &before));
   OwnedBstr text(param);
   hr = m_provider->Initialize(param.empty() ? nullptr : text.Get());
-  return FAILED(hr) ? Fail(hr, "Initialize") : hr;
+  if (FAILED(hr)) return Fail(hr, "Initialize");
+  static_cast<void>(GetValue("LastUpdate", &after));
+  m_updated = after != before;
+  m_error.clear();
+  return hr;
 }
 
 HRESULT ProviderSession::ForceUpdate() {
@@ -75,15 +84,15 @@ HRESULT ProviderSession::Manager(uint32_t id, IUnknown** lppManager) {
 }
 
 HRESULT ProviderSession::ListSites(uint32_t count, std::vector<SiteRecord>* lpOut) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kRecommendManager, unknown.Put());
-  ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+  ComRef<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
   if (FAILED(hr)) return hr;
   if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
   // Bit 0 set starts a new listing with the focus sites; clear, it goes on
   // with the rest.
   for (uint32_t type : {1u, 0u}) {
-    ComPtr<IUnknown> array;
+    ComRef<IUnknown> array;
     hr = manager->GetRecomURLs(0, count, array.Put(), type);
     if (FAILED(hr)) return Fail(hr, "GetRecomURLs");
     size_t first = lpOut->size();
@@ -91,16 +100,17 @@ HRESULT ProviderSession::ListSites(uint32_t count, std::vector<SiteRecord>* lpOu
     if (FAILED(hr)) return Fail(hr, "reading the recommendation records");
     for (size_t i = first; i < lpOut->size(); ++i) (*lpOut)[i].focus = (type == 1);
   }
+  NameNestedSites(lpOut);
   return S_OK;
 }
 
 HRESULT ProviderSession::ListRecent(uint32_t count, std::vector<SiteRecord>* lpOut) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kRecommendManager, unknown.Put());
-  ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+  ComRef<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
   if (FAILED(hr)) return hr;
   if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
-  ComPtr<IUnknown> array;
+  ComRef<IUnknown> array;
   hr = manager->GetRecentHistory(0, count, array.Put(), 0);
   if (FAILED(hr)) return Fail(hr, "GetRecentHistory");
   hr = ReadSiteArray(array.Get(), lpOut);
@@ -108,15 +118,15 @@ HRESULT ProviderSession::ListRecent(uint32_t count, std::vector<SiteRecord>* lpO
 }
 
 HRESULT ProviderSession::ListHistory(uint32_t count, const std::string& search, std::vector<DayGroup>* lpOut) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kHistoryManager, unknown.Put());
   if (FAILED(hr)) return hr;
-  ComPtr<IUnknown> array;
+  ComRef<IUnknown> array;
   if (search.empty()) {
-    ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+    ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
     hr = manager ? manager->GetURLs(count, array.Put()) : E_NOINTERFACE;
   } else {
-    ComPtr<IHistoryURLsManager> manager = QueryAs<IHistoryURLsManager>(unknown.Get(), IID_IHistoryURLsManager);
+    ComRef<IHistoryURLsManager> manager = QueryAs<IHistoryURLsManager>(unknown.Get(), IID_IHistoryURLsManager);
     OwnedBstr text(search);
     hr = manager ? manager->SearchURLs(text.Get(), array.Put()) : E_NOINTERFACE;
   }
@@ -134,11 +144,11 @@ HRESULT ProviderSession::ListHistory(uint32_t count, const std::string& search, 
 }
 
 HRESULT ProviderSession::ListFavorites(uint32_t count, std::vector<UrlRecord>* lpOut) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kFavoriteManager, unknown.Put());
   if (FAILED(hr)) return hr;
-  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
-  ComPtr<IUnknown> array;
+  ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComRef<IUnknown> array;
   hr = manager ? manager->GetURLs(count, array.Put()) : E_NOINTERFACE;
   if (FAILED(hr)) return Fail(hr, "listing the favourites");
   hr = ReadUrlArray(array.Get(), lpOut);
@@ -146,11 +156,11 @@ HRESULT ProviderSession::ListFavorites(uint32_t count, std::vector<UrlRecord>* l
 }
 
 HRESULT ProviderSession::ListPins(std::vector<UrlRecord>* lpOut) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kFocusManager, unknown.Put());
   if (FAILED(hr)) return hr;
-  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
-  ComPtr<IUnknown> array;
+  ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComRef<IUnknown> array;
   hr = manager ? manager->GetURLs(0, array.Put()) : E_NOINTERFACE;
   if (FAILED(hr)) return Fail(hr, "listing the pinned sites");
   hr = ReadUrlArray(array.Get(), lpOut);
@@ -158,20 +168,20 @@ HRESULT ProviderSession::ListPins(std::vector<UrlRecord>* lpOut) {
 }
 
 HRESULT ProviderSession::AddPin(const std::string& url, const std::string& name) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kFocusManager, unknown.Put());
   if (FAILED(hr)) return hr;
-  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
   OwnedBstr bstrUrl(url), bstrName(name);
   hr = manager ? manager->AddURL(bstrUrl.Get(), bstrName.Get(), 0) : E_NOINTERFACE;
   return FAILED(hr) ? Fail(hr, "pinning " + url) : hr;
 }
 
 HRESULT ProviderSession::RemovePin(const std::string& id, bool byId) {
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(kFocusManager, unknown.Put());
   if (FAILED(hr)) return hr;
-  ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+  ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
   OwnedBstr text(id);
   hr = manager ? manager->RemoveURL(text.Get(), byId ? 0 : 1) : E_NOINTERFACE;
   return FAILED(hr) ? Fail(hr, "unpinning " + id) : hr;
@@ -181,13 +191,13 @@ HRESULT ProviderSession::Hide(HideKind kind, const std::string& id, bool byUrl, 
   uint32_t managerId = kRecommendManager;
   if (kind == HideKind::kHistory) managerId = kHistoryManager;
   if (kind == HideKind::kFavorite) managerId = kFavoriteManager;
-  ComPtr<IUnknown> unknown;
+  ComRef<IUnknown> unknown;
   HRESULT hr = Manager(managerId, unknown.Put());
   if (FAILED(hr)) return hr;
   uint32_t flag = (untilRebuild ? kUntilRebuild : 0) | (byUrl ? 1 : 0);
   OwnedBstr text(id);
   if (kind == HideKind::kSite || kind == HideKind::kSubSite) {
-    ComPtr<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
+    ComRef<ICommonUseURLsManager> manager = QueryAs<ICommonUseURLsManager>(unknown.Get(), IID_ICommonUseURLsManager);
     if (!manager) return Fail(E_NOINTERFACE, "querying the recommendation manager");
     hr = kind == HideKind::kSite ? manager->HideRecommendDomain(text.Get(), flag)
                                  : manager->HideSubDomain(text.Get(), flag);
@@ -195,7 +205,7 @@ HRESULT ProviderSession::Hide(HideKind kind, const std::string& id, bool byUrl, 
     // History and favourites know no "until rebuild": their flag is the
     // whole value, 0 for an ID.
     if (kind != HideKind::kUrl) flag = 0;
-    ComPtr<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
+    ComRef<IURLsManager> manager = QueryAs<IURLsManager>(unknown.Get(), IID_IURLsManager);
     hr = manager ? manager->RemoveURL(text.Get(), flag) : E_NOINTERFACE;
   }
   return FAILED(hr) ? Fail(hr, "hiding " + id) : hr;

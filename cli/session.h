@@ -1,11 +1,11 @@
 // session.h: one host's use of the component for the length of a command.
 //
-// Open creates the provider through the class object, copies the sample
-// white list into the data folder when none is there, and calls Initialize
-// (which runs the daily update when it is due). The listing and change
-// operations then go through the four managers, exactly as any host of the
-// component would. Every operation returns the component's status; Error()
-// holds a one-line description of the last failure.
+// Open checks the data folder, copies the sample white list there when none
+// is there, creates the provider through the class object and calls
+// Initialize (which runs the daily update when it is due). The listing and
+// change operations then go through the four managers, exactly as any host
+// of the component would. Every operation returns the component's status;
+// Error() holds a one-line description of the last failure.
 
 #ifndef CORVANE_CLI_SESSION_H_
 #define CORVANE_CLI_SESSION_H_
@@ -14,29 +14,32 @@
 #include <string>
 #include <vector>
 
+#include "cli/com_ref.h"
 #include "cli/records.h"
 #include "corvane/CorvaneDataProvider.h"
-#include "platform/com_object.h"
 
 namespace corvane::cli {
 
 // Where a record to hide comes from.
 enum class HideKind { kSite, kSubSite, kUrl, kHistory, kFavorite };
 
-// True when Initialize will run the daily update itself: the date part of
-// "LastUpdate" in the data folder's DBConfig.ini differs from today's. Lets
-// a forced update skip a second run on the first start of a day.
-[[nodiscard]] bool DailyUpdateDue();
-
 class ProviderSession {
  public:
-  // Creation and Initialize with the parameter text (may be empty).
+  // The data folder's check, creation and Initialize with the parameter
+  // text (may be empty). E_FAIL without touching the component when the
+  // data folder is not usable.
   [[nodiscard]] HRESULT Open(const std::string& param);
+  // True when Initialize ran the daily update: it wrote a new "LastUpdate".
+  // Lets a forced update skip a second run on the first start of a day.
+  bool Updated() const { return m_updated; }
   [[nodiscard]] HRESULT ForceUpdate();
   // S_OK with the value; E_FAIL when the key has no value.
   [[nodiscard]] HRESULT GetValue(const std::string& key, std::string* lpValue);
 
   // Focus sites first, then the rest, each at most count top-level records.
+  // A sub-site nested in a site record gets the ID of its host's row as
+  // "hide site" takes it (the component gives every nested record ID 1),
+  // or 0 when the database does not name one.
   [[nodiscard]] HRESULT ListSites(uint32_t count, std::vector<SiteRecord>* lpOut);
   [[nodiscard]] HRESULT ListRecent(uint32_t count, std::vector<SiteRecord>* lpOut);
   // count 0: all rows. An empty search lists, a non-empty one searches.
@@ -57,8 +60,9 @@ class ProviderSession {
   HRESULT Fail(HRESULT hr, const std::string& what);
   HRESULT Manager(uint32_t id, IUnknown** lppManager);
 
-  ComPtr<ICorvaneDataProviderObject> m_provider;
+  ComRef<ICorvaneDataProviderObject> m_provider;
   std::string m_error;
+  bool m_updated = false;
 };
 
 }  // namespace corvane::cli

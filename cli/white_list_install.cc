@@ -3,15 +3,12 @@
 #include <filesystem>
 #include <system_error>
 
-#include "common/utf.h"
-#include "platform/app_data.h"
+#include "cli/data_folder.h"
 
 namespace corvane::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr char kWhiteListName[] = "WhiteList.js";
 
 fs::path ExecutableFolder() {
   std::error_code error;
@@ -23,24 +20,18 @@ fs::path ExecutableFolder() {
 
 std::string SampleWhiteListPath() {
   std::error_code error;
-  fs::path installed = ExecutableFolder() / ".." / "share" / "corvane" / kWhiteListName;
+  fs::path installed = ExecutableFolder() / ".." / "share" / "corvane" / kWhiteListFile;
   if (fs::is_regular_file(installed, error)) return fs::weakly_canonical(installed, error).string();
-  fs::path source = fs::path(CORVANE_SOURCE_DATA_DIR) / kWhiteListName;
+  fs::path source = fs::path(CORVANE_SOURCE_DATA_DIR) / kWhiteListFile;
   if (fs::is_regular_file(source, error)) return source.string();
   return std::string();
-}
-
-std::string DataFolderPath() {
-  std::u16string folder;
-  if (!GetDataFolder(&folder)) return std::string();
-  return ToUtf8(folder);
 }
 
 bool InstallSampleWhiteList() {
   std::string folder = DataFolderPath();
   if (folder.empty()) return false;
   std::error_code error;
-  fs::path target = fs::path(folder) / kWhiteListName;
+  fs::path target = fs::path(folder) / kWhiteListFile;
   if (fs::exists(target, error)) return true;
   std::string sample = SampleWhiteListPath();
   if (sample.empty()) return false;

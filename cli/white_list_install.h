@@ -15,11 +15,8 @@ namespace corvane::cli {
 
 // The sample's path, or empty when neither place holds it.
 std::string SampleWhiteListPath();
-// The component's data folder (application-data folder + "CorvaneApp"),
-// created when missing; empty when there is no application-data folder.
-std::string DataFolderPath();
-// Copies the sample into the data folder unless a WhiteList.js stands
-// there. True when the data folder now holds one.
+// Copies the sample into the data folder (which must exist) unless a
+// WhiteList.js stands there. True when the data folder now holds one.
 bool InstallSampleWhiteList();
 
 }  // namespace corvane::cli

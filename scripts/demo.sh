@@ -11,11 +11,12 @@ corvane=build/release/bin/corvane
 if [ "$#" -gt 0 ]; then
   exec "$corvane" "$@"
 fi
-config="${XDG_CONFIG_HOME:-$HOME/.config}"
-if ls "$config"/google-chrome*/*/History "$config"/chromium/*/History \
-      "$HOME"/.mozilla/firefox/*/places.sqlite >/dev/null 2>&1; then
+# The extraction library itself says whether it finds a browser profile
+# here (every place it looks: the usual folders, snap, flatpak, XDG).
+if "$corvane" browsers; then
   "$corvane" update
   "$corvane" sites
 else
+  echo "No browser profile found: running the demo on the bundled sample profile."
   "$corvane" demo
 fi

@@ -3,8 +3,11 @@
 // "now". Listings are read back through --json.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -266,6 +269,9 @@ TEST_F(CliTest, BadArgumentsGiveOneLineAndStatusTwo) {
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_TRUE(result.out.empty());
   }
+  // The word that is no command is named.
+  EXPECT_EQ(Run({"frobnicate", "now"}).err, "corvane: unknown command 'frobnicate': see 'corvane --help'\n");
+  EXPECT_EQ(Run({"--json", "sitez"}).err, "corvane: unknown command 'sitez': see 'corvane --help'\n");
 }
 
 TEST_F(CliTest, ExplainShowsTheScoreItsPartsAndTheWhiteListGroup) {
@@ -305,6 +311,23 @@ TEST_F(CliTest, ExplainShowsTheScoreItsPartsAndTheWhiteListGroup) {
   EXPECT_NE(text.out.find("No scored URL"), std::string::npos);
 }
 
+TEST_F(CliTest, ExplainOnAFileThatIsNoDatabaseFailsWithOneLine) {
+  std::filesystem::create_directories(DataFolder());
+  for (const char* content : {"this is no database\n", ""}) {
+    {
+      std::ofstream file(DataFolder() + "/CorvaneAppDB.db", std::ios::binary);
+      file << content;
+    }
+    RunResult result = Run({"explain", "google.com"});
+    EXPECT_EQ(result.status, 1) << result.out;
+    EXPECT_TRUE(result.out.empty()) << result.out;
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_NE(result.err.find("CorvaneAppDB.db"), std::string::npos) << result.err;
+  }
+  // An empty file opens as a database, but not as one of the component's.
+  EXPECT_NE(Run({"explain", "google.com"}).err.find("not a database of the component"), std::string::npos);
+}
+
 TEST_F(CliTest, ReportIsOneSelfContainedPage) {
   std::string file = m_dir.File("report.html");
   RunResult result = Run({"report", "--html", file});
@@ -327,6 +350,157 @@ TEST_F(CliTest, ReportIsOneSelfContainedPage) {
     ++links;
   }
   EXPECT_GT(links, 0u);
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+TEST_F(CliTest, ChangesAndTheReportAnswerWithOneJsonDocument) {
+  Json::Value pinned = RunJson({"pin", "github.com", "Code"});
+  EXPECT_EQ(pinned["action"].asString(), "pinned");
+  EXPECT_EQ(pinned["target"].asString(), "github.com");
+  EXPECT_EQ(pinned["status"].asString(), "ok");
+  EXPECT_EQ(RunJson({"pin", "github.com", "Code"})["action"].asString(), "already pinned");
+  Json::Value pins = RunJson({"pins"});
+  ASSERT_EQ(pins.size(), 1u);
+  Json::Value unpinned = RunJson({"unpin", std::to_string(pins[0]["id"].asUInt())});
+  EXPECT_EQ(unpinned["action"].asString(), "unpinned");
+
+  Json::Value google = FindSite(RunJson({"sites"}), "site", "google.com");
+  ASSERT_TRUE(google.isObject());
+  Json::Value hidden = RunJson({"hide", "site", std::to_string(google["id"].asUInt()), "--until-rebuild"});
+  EXPECT_EQ(hidden["action"].asString(), "hidden until the next rebuild");
+  EXPECT_EQ(hidden["target"].asString(), "site " + std::to_string(google["id"].asUInt()));
+
+  Json::Value report = RunJson({"report", "--html", m_dir.File("report.html")});
+  EXPECT_EQ(report["file"].asString(), m_dir.File("report.html"));
+  EXPECT_EQ(report["sites"].asUInt(), RunJson({"sites"}).size());
+  // Ten days with visits in a row: ten bars.
+  EXPECT_EQ(report["days"].asUInt(), 10u);
+}
+
+TEST_F(CliTest, ReportListsAtMostThirtyTopSitesAndEveryDayOfTheSpan) {
+  // Thirty-two sites of the sample white list, each visited every other
+  // day: eight days with visits over sixteen.
+  FakeFixture fixture = SampleFixture();
+  std::vector<FakeItem>& history = fixture.history[BROWSER_CHROME];
+  history.clear();
+  const char* hosts[] = {"www.google.com", "www.youtube.com", "www.facebook.com", "en.wikipedia.org",
+                         "www.amazon.com", "www.reddit.com", "www.x.com", "www.instagram.com",
+                         "www.linkedin.com", "www.github.com", "www.stackoverflow.com", "www.netflix.com",
+                         "www.microsoft.com", "www.office.com", "outlook.live.com", "www.apple.com",
+                         "www.yahoo.com", "www.bing.com", "www.duckduckgo.com", "www.bbc.com",
+                         "www.nytimes.com", "www.theguardian.com", "www.cnn.com", "www.reuters.com",
+                         "www.bloomberg.com", "www.washingtonpost.com", "www.forbes.com", "www.economist.com",
+                         "www.ft.com", "www.wsj.com", "www.apnews.com", "math.stackexchange.com"};
+  for (const char* host : hosts) {
+    for (const char* day : {"2024-02-20", "2024-02-22", "2024-02-24", "2024-02-26", "2024-02-28", "2024-03-01",
+                            "2024-03-03", "2024-03-06"}) {
+      history.push_back(Visit(host, std::string("https://") + host + "/", std::string(day) + " 10:00:00.000", 2));
+    }
+  }
+  ASSERT_TRUE(fixture.Write(m_dir.File("fixture.json")));
+  ASSERT_EQ(Run({"update"}).status, 0);
+  ASSERT_GT(RunJson({"sites", "-n", "100"}).size(), 30u);
+  Json::Value report = RunJson({"report", "--html", m_dir.File("report.html")});
+  EXPECT_EQ(report["sites"].asUInt(), 30u);
+  EXPECT_EQ(report["days"].asUInt(), 16u);  // 20 Feb to 6 Mar of a leap year
+  std::string html = ReadBytes(m_dir.File("report.html"));
+  size_t top = html.find("<h2>Top sites</h2>"), recent = html.find("<h2>Recent sites</h2>");
+  ASSERT_LT(top, recent);
+  size_t rows = 0;
+  for (size_t at = html.find("<tr><td>", top); at < recent; at = html.find("<tr><td>", at + 1)) ++rows;
+  EXPECT_EQ(rows, 30u);
+  EXPECT_NE(html.find("<title>2024-03-02: 0</title>"), std::string::npos);  // a day without visits
+  EXPECT_NE(html.find("<title>2024-02-29: 0</title>"), std::string::npos);
+  EXPECT_NE(html.find("<title>2024-02-20: " + std::to_string(std::size(hosts)) + "</title>"), std::string::npos);
+  EXPECT_NE(html.find("<title>2024-03-06: " + std::to_string(std::size(hosts)) + "</title>"), std::string::npos);
+}
+
+TEST_F(CliTest, BrowsersAreThoseTheExtractionLibraryReports) {
+  Json::Value found = RunJson({"browsers"});
+  EXPECT_EQ(found["library"].asString(), FakeHarvestLibrary());
+  EXPECT_EQ(found["default"].asString(), "Chrome");
+  ASSERT_EQ(found["installed"].size(), 1u);
+  EXPECT_EQ(found["installed"][0].asString(), "Chrome");
+  EXPECT_EQ(Run({"browsers"}).out, "Chrome (default)\n");
+
+  FakeFixture two = SampleFixture();
+  two.installed = {BROWSER_CHROME, BROWSER_FIREFOX};
+  two.defaultBrowser = BROWSER_FIREFOX;
+  ASSERT_TRUE(two.Write(m_dir.File("fixture.json")));
+  EXPECT_EQ(Run({"browsers"}).out, "Chrome\nFireFox (default)\n");
+
+  FakeFixture none = SampleFixture();
+  none.installed.clear();
+  none.defaultBrowser = 0;
+  ASSERT_TRUE(none.Write(m_dir.File("fixture.json")));
+  RunResult result = Run({"browsers"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(result.out.empty());
+  EXPECT_EQ(result.err, "corvane: no browser that " + FakeHarvestLibrary() + " reads is installed\n");
+  // No data folder is needed or made to ask.
+  EXPECT_FALSE(std::filesystem::exists(DataFolder() + "/CorvaneAppDB.db"));
+}
+
+// A data folder that the component cannot use: one line that names it,
+// status 1, and every file in it as it was.
+TEST_F(CliTest, DataFolderThatIsAFileGivesOneLine) {
+  std::filesystem::create_directories(m_dir.File("appdata"));
+  {
+    std::ofstream file(DataFolder());
+    file << "not a folder";
+  }
+  RunResult result = Run({"sites"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "corvane: the data folder " + DataFolder() + " is a file, not a folder\n");
+  EXPECT_EQ(ReadBytes(DataFolder()), "not a folder");
+
+  RunResult under = RunBinary(CORVANE_CLI_BINARY, {"--data-dir", DataFolder() + "/below", "update"}, {});
+  EXPECT_EQ(under.status, 1);
+  EXPECT_EQ(std::count(under.err.begin(), under.err.end(), '\n'), 1) << under.err;
+  EXPECT_NE(under.err.find(DataFolder() + "/below"), std::string::npos) << under.err;
+  EXPECT_NE(under.err.find("Not a directory"), std::string::npos) << under.err;
+}
+
+TEST_F(CliTest, ReadOnlyDataFolderGivesOneLineAndLosesNothing) {
+  ASSERT_EQ(Run({"update"}).status, 0);
+  ASSERT_EQ(Run({"pin", "github.com", "Code"}).status, 0);
+  const std::vector<std::string> kFiles = {"CorvaneAppDB.db", "DBConfig.ini", "Settings.ini", "WhiteList.js"};
+  std::map<std::string, std::string> before;
+  for (const std::string& name : kFiles) before[name] = ReadBytes(DataFolder() + "/" + name);
+  ASSERT_FALSE(before["CorvaneAppDB.db"].empty());
+  ASSERT_NE(before["DBConfig.ini"].find("LastUpdate"), std::string::npos);
+
+  // Root writes anywhere, so as root the binary runs as "nobody", who may
+  // read the folders on the way but not write the data folder.
+  int asUser = geteuid() == 0 ? 65534 : -1;
+  ASSERT_EQ(chmod(m_dir.Path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(m_dir.File("appdata").c_str(), 0755), 0);
+  ASSERT_EQ(chmod(DataFolder().c_str(), 0555), 0);
+  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+           {"update", "--force"}, {"sites"}, {"pin", "example.com", "Example"}, {"hide", "history", "1"}}) {
+    std::vector<std::string> all = {"--data-dir", m_dir.File("appdata")};
+    all.insert(all.end(), args.begin(), args.end());
+    RunResult result = RunBinary(CORVANE_CLI_BINARY, all,
+                                 {{"CORVANE_HARVEST_LIBRARY", FakeHarvestLibrary()},
+                                  {"CORVANE_FAKE_HARVEST_FIXTURE", m_dir.File("fixture.json")},
+                                  {"CORVANE_TEST_NOW", "2024-03-08 12:00:00"},
+                                  {"CORVANE_APPDATA", ""}},
+                                 asUser);
+    EXPECT_EQ(result.status, 1) << args[0];
+    EXPECT_TRUE(result.out.empty()) << result.out;
+    EXPECT_EQ(result.err, "corvane: the data folder " + DataFolder() + " is not writable: Permission denied\n");
+  }
+  ASSERT_EQ(chmod(DataFolder().c_str(), 0755), 0);
+  for (const std::string& name : kFiles) {
+    EXPECT_TRUE(ReadBytes(DataFolder() + "/" + name) == before[name]) << name << " changed";
+  }
+  EXPECT_EQ(RunJson({"pins"}).size(), 1u);
 }
 
 }  // namespace

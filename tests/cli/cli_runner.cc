@@ -1,6 +1,7 @@
 #include "cli/cli_runner.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,10 +25,14 @@ std::string ReadAll(const std::string& path) {
 // In the child: redirect, set the environment, exec. Never returns.
 [[noreturn]] void ExecChild(const std::string& binary, const std::vector<std::string>& args,
                             const std::map<std::string, std::string>& env, const std::string& outPath,
-                            const std::string& errPath) {
+                            const std::string& errPath, int asUser) {
   int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) _exit(127);
+  if (asUser >= 0) {
+    auto id = static_cast<uid_t>(asUser);
+    if (setgroups(0, nullptr) != 0 || setgid(static_cast<gid_t>(id)) != 0 || setuid(id) != 0) _exit(126);
+  }
   for (const auto& [name, value] : env) {
     if (value.empty()) unsetenv(name.c_str());
     if (!value.empty()) setenv(name.c_str(), value.c_str(), 1);
@@ -42,13 +47,13 @@ std::string ReadAll(const std::string& path) {
 }  // namespace
 
 RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
-                    const std::map<std::string, std::string>& env) {
+                    const std::map<std::string, std::string>& env, int asUser) {
   char folder[] = "/tmp/corvane-run-XXXXXX";
   RunResult result;
   if (mkdtemp(folder) == nullptr) return result;
   std::string outPath = std::string(folder) + "/out", errPath = std::string(folder) + "/err";
   pid_t child = fork();
-  if (child == 0) ExecChild(binary, args, env, outPath, errPath);
+  if (child == 0) ExecChild(binary, args, env, outPath, errPath, asUser);
   int status = 0;
   if (child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
   result.out = ReadAll(outPath);

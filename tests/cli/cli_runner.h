@@ -19,9 +19,11 @@ struct RunResult {
 };
 
 // env: variables to set (an empty value unsets the variable) on top of the
-// test's own environment.
+// test's own environment. asUser >= 0: the child drops to that user and
+// group ID first (the test must run as root), for checks of file
+// permissions that root would pass.
 RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
-                    const std::map<std::string, std::string>& env);
+                    const std::map<std::string, std::string>& env, int asUser = -1);
 
 // Parses text as exactly one JSON document; false with the parser's
 // message otherwise.

@@ -1,0 +1,41 @@
+#include "cli/update_summary.h"
+
+#include <string>
+
+namespace corvane::cli {
+namespace {
+
+// Keys of DBConfig.ini that an update writes.
+constexpr const char* kCounterKeys[] = {"AddHistoryCount", "BuildOftenTable", "H2", "E3inH2", "E3",
+                                        "H1",              "E2inH1",          "E2"};
+
+}  // namespace
+
+Json::Value ReadUpdateSummary(ProviderSession& session, bool updated, double seconds) {
+  Json::Value document(Json::objectValue);
+  std::string value;
+  document["updated"] = updated;
+  document["seconds"] = seconds;
+  for (const char* key : {"ExtractBrowser", "LastUpdate"}) {
+    document[key] = SUCCEEDED(session.GetValue(key, &value)) ? value : std::string();
+  }
+  Json::Value counters(Json::objectValue);
+  for (const char* key : kCounterKeys) {
+    if (SUCCEEDED(session.GetValue(key, &value))) counters[key] = value;
+  }
+  document["counters"] = counters;
+  return document;
+}
+
+void PrintUpdateSummary(const Json::Value& summary, std::FILE* out) {
+  std::fprintf(out, "%s in %.2f s\n", summary["updated"].asBool() ? "Updated" : "Already up to date today",
+               summary["seconds"].asDouble());
+  std::fprintf(out, "Browser read: %s\nLast update:  %s\n", summary["ExtractBrowser"].asCString(),
+               summary["LastUpdate"].asCString());
+  const Json::Value& counters = summary["counters"];
+  for (const std::string& key : counters.getMemberNames()) {
+    std::fprintf(out, "  %-16s %s\n", key.c_str(), counters[key].asCString());
+  }
+}
+
+}  // namespace corvane::cli

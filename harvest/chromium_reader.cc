@@ -50,12 +50,7 @@ bool IsChosenVisit(int64_t storedTransition) {
 constexpr int64_t kMinStoredTime = kMinUnixMicros + kWindowsEpochMicros;
 constexpr int64_t kMaxStoredTime = kMaxUnixMicros + kWindowsEpochMicros;
 
-std::u16string Text16(sqlite3_stmt* stmt, int column) {
-  const unsigned char* text = sqlite3_column_text(stmt, column);
-  return text != nullptr ? FromUtf8(reinterpret_cast<const char*>(text)) : std::u16string();
-}
-
-void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t browser, ItemList* lpItems) {
+void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t browser, ItemStore* lpItems) {
   if (!node.isObject() || !node["children"].isArray()) return;
   for (const Json::Value& child : node["children"]) {
     if (!child.isObject() || !child["type"].isString()) continue;
@@ -64,9 +59,7 @@ void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t bro
     if (type == "folder") {
       AddBookmarks(child, path + "/" + name, browser, lpItems);
     } else if (type == "url" && child["url"].isString()) {
-      lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, FromUtf8(name),
-                                                       FromUtf8(child["url"].asString()), FromUtf8(path), SYSTEMTIME{},
-                                                       0, 0));
+      lpItems->AddFavorite(browser, FromUtf8(name), FromUtf8(child["url"].asString()), FromUtf8(path));
     }
   }
 }
@@ -97,7 +90,7 @@ bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot, bool* lpMis
 
 }  // namespace
 
-bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
   PrivateCopy copy;
   std::string file = profile + "/History";
   if (!copy.Open(file)) return false;
@@ -116,17 +109,17 @@ bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList*
     }
     SYSTEMTIME time{};
     UnixMicrosToLocalTime(stored - kWindowsEpochMicros, &time);
-    lpItems->push_back(std::make_unique<HarvestItem>(
-        EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
-        ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)), ClampTypedCount(sqlite3_column_int64(stmt.get(), 3))));
+    lpItems->AddVisit(browser, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0), time,
+                      ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
+                      ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
   }
   skipped.Report(file);
   if (copy.Finished(rc)) return true;
-  lpItems->clear();
+  lpItems->Clear();
   return false;
 }
 
-bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
   // The profile's own bookmarks, then those the signed-in account keeps
   // apart in newer versions, in the same format. Only the first is always
   // there once the person has bookmarked anything.

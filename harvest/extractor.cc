@@ -23,16 +23,16 @@ std::string ProfileOf(uint32_t browser) {
 class HarvestExtractor final : public IExtractor {
  public:
   void Destroy() override { delete this; }
-  uint32_t GetCount() override { return static_cast<uint32_t>(m_items.size()); }
+  uint32_t GetCount() override { return static_cast<uint32_t>(m_items.Size()); }
   uint32_t GetBrowser() override { return m_browser; }
   bool GetNextItem(IExtractItem** lppItem) override { return GetItem(m_next++, lppItem); }
   bool GetItem(uint32_t uIndex, IExtractItem** lppItem) override {
-    if (lppItem == nullptr || uIndex >= m_items.size()) return false;
-    *lppItem = m_items[uIndex].get();
+    if (lppItem == nullptr || uIndex >= m_items.Size()) return false;
+    *lppItem = m_items.At(uIndex);
     return true;
   }
   void FreeItems() override {
-    m_items.clear();
+    m_items.Clear();
     m_next = 0;
   }
   bool Extract(uint32_t uBrowser, uint32_t uKind) override {
@@ -57,7 +57,7 @@ class HarvestExtractor final : public IExtractor {
     // A reader that can't read its file says why; one that could reads
     // what it holds, possibly nothing.
     if (!Read(profile, uBrowser, uKind)) return true;
-    DebugLog("harvest: %zu items of kind %u from %s\n", m_items.size(), uKind, profile.c_str());
+    DebugLog("harvest: %zu items of kind %u from %s\n", m_items.Size(), uKind, profile.c_str());
     return true;
   }
 
@@ -71,7 +71,7 @@ class HarvestExtractor final : public IExtractor {
                     : ReadFirefoxBookmarks(profile, browser, &m_items);
   }
 
-  ItemList m_items;
+  ItemStore m_items;
   uint32_t m_next = 0;
   uint32_t m_browser = 0;
 };

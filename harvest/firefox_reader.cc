@@ -17,11 +17,6 @@ std::string Text8(sqlite3_stmt* stmt, int column) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string();
 }
 
-std::u16string Text16(sqlite3_stmt* stmt, int column) {
-  const unsigned char* text = sqlite3_column_text(stmt, column);
-  return text != nullptr ? FromUtf8(reinterpret_cast<const char*>(text)) : std::u16string();
-}
-
 // Visits other than embedded loads (4), downloads (7), framed links (8) and
 // reloads (9), on pages not hidden, and not the page a redirect started
 // from: a visit of type 5 or 6 is the landing page, and its from_visit is
@@ -66,7 +61,7 @@ std::string PathOf(int64_t folder, const std::map<int64_t, Folder>& folders) {
 
 }  // namespace
 
-bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
   PrivateCopy copy;
   std::string file = profile + "/places.sqlite";
   if (!copy.Open(file)) return false;
@@ -82,17 +77,17 @@ bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* 
     }
     SYSTEMTIME time{};
     UnixMicrosToLocalTime(stored, &time);
-    lpItems->push_back(std::make_unique<HarvestItem>(
-        EXTRACT_HISTORY, browser, Text16(stmt.get(), 1), Text16(stmt.get(), 0), std::u16string(), time,
-        ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)), ClampTypedCount(sqlite3_column_int64(stmt.get(), 3))));
+    lpItems->AddVisit(browser, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0), time,
+                      ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
+                      ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
   }
   skipped.Report(file);
   if (copy.Finished(rc)) return true;
-  lpItems->clear();
+  lpItems->Clear();
   return false;
 }
 
-bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems) {
+bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
   PrivateCopy copy;
   if (!copy.Open(profile + "/places.sqlite")) return false;
   std::map<int64_t, Folder> folders;
@@ -109,11 +104,10 @@ bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList
   while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
     std::string path = PathOf(sqlite3_column_int64(stmt.get(), 2), folders);
     if (path.empty()) continue;
-    lpItems->push_back(std::make_unique<HarvestItem>(EXTRACT_FAVORITES, browser, Text16(stmt.get(), 0),
-                                                     Text16(stmt.get(), 1), FromUtf8(path), SYSTEMTIME{}, 0, 0));
+    lpItems->AddFavorite(browser, ColumnText16(stmt.get(), 0), ColumnText16(stmt.get(), 1), FromUtf8(path));
   }
   if (copy.Finished(rc)) return true;
-  lpItems->clear();
+  lpItems->Clear();
   return false;
 }
 

@@ -27,6 +27,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace corvane::harvest {
 
@@ -34,6 +35,14 @@ struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
 };
 using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+
+// A text column as UTF-16, converted by SQLite; valid until the statement
+// steps again. A null column is the empty text.
+inline std::u16string_view ColumnText16(sqlite3_stmt* stmt, int column) {
+  const void* text = sqlite3_column_text16(stmt, column);
+  if (text == nullptr) return {};
+  return {static_cast<const char16_t*>(text), static_cast<size_t>(sqlite3_column_bytes16(stmt, column)) / 2};
+}
 
 class PrivateCopy {
  public:

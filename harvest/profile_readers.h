@@ -41,20 +41,16 @@
 #ifndef CORVANE_HARVEST_PROFILE_READERS_H_
 #define CORVANE_HARVEST_PROFILE_READERS_H_
 
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "harvest/harvest_item.h"
+#include "harvest/item_store.h"
 
 namespace corvane::harvest {
 
-using ItemList = std::vector<std::unique_ptr<HarvestItem>>;
-
-bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
-bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
-bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemList* lpItems);
-bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemList* lpItems);
+bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems);
+bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems);
+bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems);
+bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems);
 
 }  // namespace corvane::harvest
 

@@ -113,13 +113,42 @@ bool TimeNumberToSystemTime(uint64_t number, SYSTEMTIME* out) {
   return true;
 }
 
+namespace {
+
+// The decimal digits of value, at least minDigits of them with zeros in
+// front, as "%0*d" writes a field that is never negative.
+void AppendPadded(uint16_t value, int minDigits, std::u16string* out) {
+  char16_t digits[5];
+  int count = 0;
+  do {
+    digits[count++] = static_cast<char16_t>(u'0' + value % 10);
+    value = static_cast<uint16_t>(value / 10);
+  } while (value != 0);
+  for (int pad = count; pad < minDigits; ++pad) out->push_back(u'0');
+  while (count > 0) out->push_back(digits[--count]);
+}
+
+}  // namespace
+
+// "%04d.%02d.%02d %d %02d:%02d:%02d.%03d", written out by hand: it runs for
+// every stored visit.
 void FormatVisitStamp(const SYSTEMTIME& time, std::u16string* out) {
-  // Eight 16-bit fields at most 5 digits each, plus separators.
-  char buffer[64];
-  const int length = std::snprintf(buffer, sizeof(buffer), "%04d.%02d.%02d %d %02d:%02d:%02d.%03d", time.wYear,
-                                   time.wMonth, time.wDay, time.wDayOfWeek, time.wHour, time.wMinute,
-                                   time.wSecond, time.wMilliseconds);
-  out->assign(buffer, buffer + (length > 0 ? length : 0));
+  out->clear();
+  AppendPadded(time.wYear, 4, out);
+  out->push_back(u'.');
+  AppendPadded(time.wMonth, 2, out);
+  out->push_back(u'.');
+  AppendPadded(time.wDay, 2, out);
+  out->push_back(u' ');
+  AppendPadded(time.wDayOfWeek, 1, out);
+  out->push_back(u' ');
+  AppendPadded(time.wHour, 2, out);
+  out->push_back(u':');
+  AppendPadded(time.wMinute, 2, out);
+  out->push_back(u':');
+  AppendPadded(time.wSecond, 2, out);
+  out->push_back(u'.');
+  AppendPadded(time.wMilliseconds, 3, out);
 }
 
 bool ParseVisitStamp(std::u16string_view text, uint64_t* out) {

@@ -29,10 +29,11 @@ constexpr char16_t kIEHistoryAdded[] = u"IEHistoryAdded";
 constexpr char16_t kIEHistoryAddedBK[] = u"IEHistoryAddedBK";
 constexpr char16_t kLastIEHistoryCount[] = u"LastIEHistoryCount";
 
-// What one delivered visit looks like once read off its item.
+// What one delivered visit looks like once read off its item. The texts
+// are the item's own, which live as long as the delivery.
 struct Visit {
-  std::u16string name;
-  std::u16string url;
+  std::u16string_view name;
+  std::u16string_view url;
   int32_t count = 0;
   uint32_t browser = 0;
   std::u16string stamp;
@@ -43,7 +44,7 @@ struct Visit {
 // The indices of THistory, each over the one column it is named after.
 constexpr const char16_t* kHistoryIndexColumns[] = {u"VisitTime", u"VisitDate", u"HideDate", u"URL"};
 
-std::u16string TextOf(const char16_t* text) { return text == nullptr ? std::u16string() : std::u16string(text); }
+std::u16string_view TextOf(const char16_t* text) { return text == nullptr ? std::u16string_view() : text; }
 
 // Reads an item; false for an item that can't be stored.
 bool ReadVisit(IExtractItem* item, Visit* visit) {
@@ -70,9 +71,10 @@ bool ReadVisit(IExtractItem* item, Visit* visit) {
 
 // Binds parameters 1 to 7 of an insert into THistory; parameter 0 (HID)
 // stays null so that SQLite numbers the row.
+// The visit outlives the insert, so its texts are bound without a copy.
 bool BindHistoryRow(CSqliteStatement* stmt, const Visit& visit, int32_t count, uint32_t browser) {
-  return stmt->BindText16(1, visit.name) && stmt->BindText16(2, visit.url) && stmt->BindInt(3, count) &&
-         stmt->BindText16(4, visit.stamp) && stmt->BindInt64(5, visit.day) && stmt->BindInt(6, 0) &&
+  return stmt->BindText16NoCopy(1, visit.name) && stmt->BindText16NoCopy(2, visit.url) && stmt->BindInt(3, count) &&
+         stmt->BindText16NoCopy(4, visit.stamp) && stmt->BindInt64(5, visit.day) && stmt->BindInt(6, 0) &&
          stmt->BindInt(7, static_cast<int32_t>(browser));
 }
 
@@ -158,10 +160,10 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
     }
     StatementPtr insert = Prepare(kInsertHistory);
     uint32_t count = insert ? pExtractor->GetCount() : 0;
+    Visit visit;
     for (uint32_t i = 0; i < count; ++i) {
       IExtractItem* item = nullptr;
       static_cast<void>(pExtractor->GetNextItem(&item));
-      Visit visit;
       if (item == nullptr || !ReadVisit(item, &visit)) continue;
       if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
     }
@@ -185,10 +187,10 @@ HRESULT CCorvaneDB::AddNewHistory(IExtractor* pExtractor) {
   if (BeginTransaction()) {
     StatementPtr insert = Prepare(kInsertHistory);
     uint32_t count = insert ? pExtractor->GetCount() : 0;
+    Visit visit;
     for (uint32_t i = 0; i < count; ++i) {
       IExtractItem* item = nullptr;
       static_cast<void>(pExtractor->GetNextItem(&item));
-      Visit visit;
       if (item == nullptr || !ReadVisit(item, &visit)) continue;
       // A visit at exactly the newest stored time is already stored.
       if (visit.timeNumber <= newest) continue;

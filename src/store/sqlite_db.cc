@@ -69,13 +69,25 @@ bool CSqliteStatement::BindInt64(int index, int64_t value) {
   return BindResult(m_db, sqlite3_bind_int64(m_pStmt, index + 1, value));
 }
 
-bool CSqliteStatement::BindText16(int index, std::u16string_view text) {
-  // A non-null pointer even for empty text, so that empty binds as '' and
-  // not as null.
+namespace {
+
+// A non-null pointer even for empty text, so that empty binds as '' and not
+// as null.
+const void* TextData(std::u16string_view text) {
   static const char16_t kEmpty[1] = {0};
-  const void* data = text.empty() ? kEmpty : text.data();
-  return BindResult(m_db, sqlite3_bind_text16(m_pStmt, index + 1, data, static_cast<int>(text.size() * 2),
+  return text.empty() ? kEmpty : text.data();
+}
+
+}  // namespace
+
+bool CSqliteStatement::BindText16(int index, std::u16string_view text) {
+  return BindResult(m_db, sqlite3_bind_text16(m_pStmt, index + 1, TextData(text), static_cast<int>(text.size() * 2),
                                               SQLITE_TRANSIENT));
+}
+
+bool CSqliteStatement::BindText16NoCopy(int index, std::u16string_view text) {
+  return BindResult(m_db, sqlite3_bind_text16(m_pStmt, index + 1, TextData(text), static_cast<int>(text.size() * 2),
+                                              SQLITE_STATIC));
 }
 
 bool CSqliteStatement::BindText(int index, std::string_view text) {

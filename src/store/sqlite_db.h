@@ -47,6 +47,10 @@ class CSqliteStatement {
   bool BindInt(int index, int32_t value);
   bool BindInt64(int index, int64_t value);
   bool BindText16(int index, std::u16string_view text);
+  // Binds the text without a copy: it must stay as it is until the
+  // statement has run and been bound anew. For row-wise writers that bind
+  // texts they hold anyway.
+  bool BindText16NoCopy(int index, std::u16string_view text);
   bool BindText(int index, std::string_view text);
   bool BindNull(int index);
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -33,6 +34,23 @@ TEST(TimeStampTest, WorkedExample) {
   EXPECT_EQ(number, kMarch5th2014);
   EXPECT_EQ(DayNumber(number), 150908u);
   EXPECT_EQ(Stamp(number), text);
+}
+
+// The stamp is written out by hand for speed; it must read as the format
+// "%04d.%02d.%02d %d %02d:%02d:%02d.%03d" does, for any field values.
+TEST(TimeStampTest, StampTextIsThatOfTheFormat) {
+  const SYSTEMTIME records[] = {Record(0, 0, 0, 0, 0, 0, 0, 0),         Record(7, 1, 2, 3, 4, 5, 6, 7),
+                                Record(999, 10, 6, 31, 23, 59, 59, 999), Record(2026, 12, 0, 9, 10, 10, 10, 10),
+                                Record(10000, 99, 10, 100, 100, 100, 100, 1000),
+                                Record(65535, 65535, 65535, 65535, 65535, 65535, 65535, 65535)};
+  for (const SYSTEMTIME& time : records) {
+    char expected[96];
+    std::snprintf(expected, sizeof(expected), "%04d.%02d.%02d %d %02d:%02d:%02d.%03d", time.wYear, time.wMonth,
+                  time.wDay, time.wDayOfWeek, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
+    std::u16string text = u"left over";
+    FormatVisitStamp(time, &text);
+    EXPECT_EQ(ToUtf8(text), expected);
+  }
 }
 
 TEST(TimeStampTest, KnownDates) {

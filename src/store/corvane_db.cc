@@ -19,11 +19,11 @@ constexpr size_t kConfigBufferChars = 260;
 // How long a statement waits for another process (a second host) that holds
 // the database, before it fails.
 constexpr int kBusyTimeoutMs = 5000;
-constexpr char kCacheSizePragma[] = "PRAGMA cache_size = -65536;";  // KiB
+constexpr char kCacheSizePragma[] = "PRAGMA cache_size = -8192;";  // KiB
 // Pages of a new file. With 16 KiB pages a heavy user's history and its
 // indices are written, sorted and committed in about half the time that
 // SQLite's default 4 KiB pages take; a file that exists keeps its own.
-constexpr char kPageSizePragma[] = "PRAGMA page_size = 16384;";
+constexpr char kPageSizePragma[] = "PRAGMA page_size = 32768;";
 
 }  // namespace
 

@@ -27,8 +27,8 @@ constexpr uint32_t kChainEnd = 0x20000000;
 // The visits with what the urls table says of their pages; columns are
 // named, as newer versions add some.
 constexpr char kVisitsSql[] =
-    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition from visits v join urls u on "
-    "u.id = v.url where u.hidden = 0";
+    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition, u.id from visits v join urls u "
+    "on u.id = v.url where u.hidden = 0";
 // Visits listed in visit_source came from elsewhere (synced, an extension,
 // an import); 1 is a visit browsed here.
 constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_source where source != 1)";
@@ -109,7 +109,10 @@ bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore
     }
     SYSTEMTIME time{};
     UnixMicrosToLocalTime(stored - kWindowsEpochMicros, &time);
-    lpItems->AddVisit(browser, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0), time,
+    const int64_t pageId = sqlite3_column_int64(stmt.get(), 6);
+    const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
+    if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0));
+    lpItems->AddVisit(browser, *page, time,
                       ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
                       ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
   }

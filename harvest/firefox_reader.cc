@@ -22,8 +22,8 @@ std::string Text8(sqlite3_stmt* stmt, int column) {
 // from: a visit of type 5 or 6 is the landing page, and its from_visit is
 // the visit that redirected.
 constexpr char kVisitsSql[] =
-    "select p.url, p.title, p.visit_count, p.typed, v.visit_date from moz_historyvisits v join moz_places p on p.id = "
-    "v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8, 9) and v.id not in (select from_visit from "
+    "select p.url, p.title, p.visit_count, p.typed, v.visit_date, p.id from moz_historyvisits v join moz_places p on "
+    "p.id = v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8, 9) and v.id not in (select from_visit from "
     "moz_historyvisits where visit_type in (5, 6) and from_visit is not null) order by v.visit_date, v.id";
 constexpr char kFoldersSql[] = "select id, parent, title, guid from moz_bookmarks where type = 2";
 // Saved searches are place: URLs in the bookmark tree.
@@ -77,7 +77,10 @@ bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore*
     }
     SYSTEMTIME time{};
     UnixMicrosToLocalTime(stored, &time);
-    lpItems->AddVisit(browser, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0), time,
+    const int64_t pageId = sqlite3_column_int64(stmt.get(), 5);
+    const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
+    if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0));
+    lpItems->AddVisit(browser, *page, time,
                       ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
                       ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
   }

@@ -17,7 +17,8 @@ const char16_t* ItemStore::Keep(std::u16string_view text) {
   if (m_blocks.empty() || m_blockSize - m_blockUsed < needed) {
     // A text longer than a block gets a block of its own size.
     m_blockSize = std::max(kBlockChars, needed);
-    m_blocks.push_back(std::make_unique<char16_t[]>(m_blockSize));
+    // Every character of a block is written before it is read.
+    m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(m_blockSize));
     m_blockUsed = 0;
   }
   char16_t* copy = m_blocks.back().get() + m_blockUsed;
@@ -27,9 +28,18 @@ const char16_t* ItemStore::Keep(std::u16string_view text) {
   return copy;
 }
 
-void ItemStore::AddVisit(uint32_t browser, std::u16string_view name, std::u16string_view url, const SYSTEMTIME& time,
-                         int32_t visitCount, uint32_t typedCount) {
-  m_items.emplace_back(EXTRACT_HISTORY, browser, Keep(name), Keep(url), u"", time, visitCount, typedCount);
+const ItemStore::PageTexts* ItemStore::FindPage(int64_t pageId) const {
+  auto found = m_pages.find(pageId);
+  return found == m_pages.end() ? nullptr : &found->second;
+}
+
+const ItemStore::PageTexts& ItemStore::KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url) {
+  return m_pages.insert_or_assign(pageId, PageTexts{Keep(name), Keep(url)}).first->second;
+}
+
+void ItemStore::AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, int32_t visitCount,
+                         uint32_t typedCount) {
+  m_items.emplace_back(EXTRACT_HISTORY, browser, page.name, page.url, u"", time, visitCount, typedCount);
 }
 
 void ItemStore::AddFavorite(uint32_t browser, std::u16string_view name, std::u16string_view url,
@@ -39,6 +49,7 @@ void ItemStore::AddFavorite(uint32_t browser, std::u16string_view name, std::u16
 
 void ItemStore::Clear() {
   m_items.clear();
+  m_pages.clear();
   m_blocks.clear();
   m_blockUsed = 0;
   m_blockSize = 0;

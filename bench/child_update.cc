@@ -1,7 +1,6 @@
 #include "child_update.h"
 
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,6 +31,21 @@ std::vector<std::string> ChildEnvironment(const UpdateEnvironment& environment) 
   variables.push_back("CORVANE_APPDATA=" + environment.appData);
   variables.push_back("CORVANE_TEST_NOW=" + environment.now);
   return variables;
+}
+
+// The peak resident memory of this process image. The rusage of a spawned
+// child would not do: the child starts on the parent's memory until it
+// executes the program, and the kernel keeps that peak too.
+long PeakResidentKb() {
+  std::FILE* status = std::fopen("/proc/self/status", "r");
+  if (status == nullptr) return 0;
+  char line[256];
+  long peakKb = 0;
+  while (std::fgets(line, sizeof(line), status) != nullptr) {
+    if (std::sscanf(line, "VmHWM: %ld kB", &peakKb) == 1) break;
+  }
+  std::fclose(status);
+  return peakKb;
 }
 
 }  // namespace
@@ -68,12 +82,12 @@ UpdateRun RunUpdateInChild(const std::string& self, const UpdateEnvironment& env
   while ((got = read(pipeFds[0], buffer, sizeof(buffer))) > 0) output.append(buffer, static_cast<size_t>(got));
   close(pipeFds[0]);
   int status = 0;
-  struct rusage usage {};
-  wait4(pid, &status, 0, &usage);
-  run.peakMb = static_cast<double>(usage.ru_maxrss) / 1024.0;
+  waitpid(pid, &status, 0);
   unsigned hr = 0;
+  long peakKb = 0;
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0 &&
-      std::sscanf(output.c_str(), "seconds=%lf hr=%x", &run.seconds, &hr) == 2 && hr == 0) {
+      std::sscanf(output.c_str(), "seconds=%lf hr=%x peak_kb=%ld", &run.seconds, &hr, &peakKb) == 3 && hr == 0) {
+    run.peakMb = static_cast<double>(peakKb) / 1024.0;
     run.ok = true;
   } else {
     run.error = "update failed: " + output;
@@ -94,7 +108,7 @@ int ChildUpdateMain() {
   hr = provider->Initialize(nullptr);
   double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   provider->Release();
-  std::printf("seconds=%.6f hr=%08x\n", seconds, static_cast<unsigned>(hr));
+  std::printf("seconds=%.6f hr=%08x peak_kb=%ld\n", seconds, static_cast<unsigned>(hr), PeakResidentKb());
   return hr < 0 ? 1 : 0;
 }
 

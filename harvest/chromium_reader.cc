@@ -6,12 +6,11 @@
 #include <memory>
 
 #include "common/debug_log.h"
-#include "common/local_clock.h"
 #include "common/utf.h"
 #include "harvest/private_copy.h"
 #include "harvest/profile_readers.h"
 #include "harvest/small_file.h"
-#include "harvest/visit_values.h"
+#include "harvest/visit_rows.h"
 
 namespace corvane::harvest {
 namespace {
@@ -27,8 +26,9 @@ constexpr uint32_t kChainEnd = 0x20000000;
 // The visits with what the urls table says of their pages; columns are
 // named, as newer versions add some.
 constexpr char kVisitsSql[] =
-    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, v.transition, u.id from visits v join urls u "
+    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, u.id, v.transition from visits v join urls u "
     "on u.id = v.url where u.hidden = 0";
+constexpr int kTransitionColumn = 6;
 // Visits listed in visit_source came from elsewhere (synced, an extension,
 // an import); 1 is a visit browsed here.
 constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_source where source != 1)";
@@ -38,17 +38,12 @@ constexpr char kTableExistsSql[] = "select 1 from sqlite_master where type = 'ta
 // A visit the browser itself shows as one, other than a reload (see
 // profile_readers.h). Back and forward steps and form submissions pass:
 // their core type is that of a link or of the form, with a qualifier.
-bool IsChosenVisit(int64_t storedTransition) {
-  uint32_t transition = static_cast<uint32_t>(storedTransition);
+bool IsChosenVisit(sqlite3_stmt* stmt) {
+  uint32_t transition = static_cast<uint32_t>(sqlite3_column_int64(stmt, kTransitionColumn));
   uint32_t core = transition & kCoreMask;
   return (transition & kChainEnd) != 0 && core != kAutoSubframe && core != kManualSubframe &&
          core != kKeywordGenerated && core != kReload;
 }
-
-// The range of deliverable times in the browser's own unit, microseconds
-// since 1601, so that no value of the file is ever shifted out of range.
-constexpr int64_t kMinStoredTime = kMinUnixMicros + kWindowsEpochMicros;
-constexpr int64_t kMaxStoredTime = kMaxUnixMicros + kWindowsEpochMicros;
 
 void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t browser, ItemStore* lpItems) {
   if (!node.isObject() || !node["children"].isArray()) return;
@@ -98,25 +93,7 @@ bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore
   bool sources = hasSources && sqlite3_step(hasSources.get()) == SQLITE_ROW;
   Statement stmt = copy.Prepare(std::string(kVisitsSql) + (sources ? kBrowsedHereSql : "") + kVisitOrderSql);
   if (!stmt) return false;
-  SkippedTimes skipped;
-  int rc = SQLITE_ROW;
-  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
-    if (!IsChosenVisit(sqlite3_column_int64(stmt.get(), 5))) continue;
-    int64_t stored = sqlite3_column_int64(stmt.get(), 4);
-    if (stored < kMinStoredTime || stored > kMaxStoredTime) {
-      skipped.Note(stored);
-      continue;
-    }
-    SYSTEMTIME time{};
-    UnixMicrosToLocalTime(stored - kWindowsEpochMicros, &time);
-    const int64_t pageId = sqlite3_column_int64(stmt.get(), 6);
-    const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
-    if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0));
-    lpItems->AddVisit(browser, *page, time,
-                      ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
-                      ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
-  }
-  skipped.Report(file);
+  int rc = AddVisitRows(stmt.get(), VisitQuery{kWindowsEpochMicros, IsChosenVisit}, browser, file, lpItems);
   if (copy.Finished(rc)) return true;
   lpItems->Clear();
   return false;

@@ -3,11 +3,10 @@
 
 #include <map>
 
-#include "common/local_clock.h"
 #include "common/utf.h"
 #include "harvest/private_copy.h"
 #include "harvest/profile_readers.h"
-#include "harvest/visit_values.h"
+#include "harvest/visit_rows.h"
 
 namespace corvane::harvest {
 namespace {
@@ -67,24 +66,7 @@ bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore*
   if (!copy.Open(file)) return false;
   Statement stmt = copy.Prepare(kVisitsSql);
   if (!stmt) return false;
-  SkippedTimes skipped;
-  int rc = SQLITE_ROW;
-  while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
-    int64_t stored = sqlite3_column_int64(stmt.get(), 4);
-    if (!IsDeliverableTime(stored)) {
-      skipped.Note(stored);
-      continue;
-    }
-    SYSTEMTIME time{};
-    UnixMicrosToLocalTime(stored, &time);
-    const int64_t pageId = sqlite3_column_int64(stmt.get(), 5);
-    const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
-    if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt.get(), 1), ColumnText16(stmt.get(), 0));
-    lpItems->AddVisit(browser, *page, time,
-                      ClampVisitCount(sqlite3_column_int64(stmt.get(), 2)),
-                      ClampTypedCount(sqlite3_column_int64(stmt.get(), 3)));
-  }
-  skipped.Report(file);
+  int rc = AddVisitRows(stmt.get(), VisitQuery{0, nullptr}, browser, file, lpItems);
   if (copy.Finished(rc)) return true;
   lpItems->Clear();
   return false;

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "common/debug_log.h"
+#include "harvest/small_file.h"
 
 namespace corvane::harvest {
 namespace {
@@ -30,21 +31,6 @@ constexpr size_t kHeaderBytes = 100;
 constexpr size_t kCopyBuffer = 1 << 20;
 // The first wait after a moving copy; it doubles with each attempt.
 constexpr std::chrono::milliseconds kFirstWait{10};
-
-// Closes the descriptor on every way out.
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int fd) : m_fd(fd) {}
-  ~FileDescriptor() {
-    if (m_fd >= 0) close(m_fd);
-  }
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  int Get() const { return m_fd; }
-
- private:
-  int m_fd;
-};
 
 // What a source file is at one moment.
 struct FileState {

@@ -9,24 +9,6 @@
 #include <cstdint>
 
 namespace corvane::harvest {
-namespace {
-
-// Closes the descriptor on every way out.
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int fd) : m_fd(fd) {}
-  ~FileDescriptor() {
-    if (m_fd >= 0) close(m_fd);
-  }
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  int Get() const { return m_fd; }
-
- private:
-  int m_fd;
-};
-
-}  // namespace
 
 SmallFileStatus ReadSmallFile(const std::string& path, size_t maxBytes, std::string* lpText) {
   lpText->clear();

@@ -10,10 +10,27 @@
 #ifndef CORVANE_HARVEST_SMALL_FILE_H_
 #define CORVANE_HARVEST_SMALL_FILE_H_
 
+#include <unistd.h>
+
 #include <cstddef>
 #include <string>
 
 namespace corvane::harvest {
+
+// Closes a file descriptor on every way out.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int fd) : m_fd(fd) {}
+  ~FileDescriptor() {
+    if (m_fd >= 0) close(m_fd);
+  }
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  int Get() const { return m_fd; }
+
+ private:
+  int m_fd;
+};
 
 enum class SmallFileStatus {
   kRead,        // *lpText holds the whole file

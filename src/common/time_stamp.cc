@@ -133,22 +133,19 @@ void AppendPadded(uint16_t value, int minDigits, std::u16string* out) {
 // "%04d.%02d.%02d %d %02d:%02d:%02d.%03d", written out by hand: it runs for
 // every stored visit.
 void FormatVisitStamp(const SYSTEMTIME& time, std::u16string* out) {
+  struct Field {
+    uint16_t value;
+    int digits;
+    char16_t separator;  // behind the field; 0 for none
+  };
+  const Field fields[] = {{time.wYear, 4, u'.'},      {time.wMonth, 2, u'.'},  {time.wDay, 2, u' '},
+                          {time.wDayOfWeek, 1, u' '}, {time.wHour, 2, u':'},   {time.wMinute, 2, u':'},
+                          {time.wSecond, 2, u'.'},    {time.wMilliseconds, 3, 0}};
   out->clear();
-  AppendPadded(time.wYear, 4, out);
-  out->push_back(u'.');
-  AppendPadded(time.wMonth, 2, out);
-  out->push_back(u'.');
-  AppendPadded(time.wDay, 2, out);
-  out->push_back(u' ');
-  AppendPadded(time.wDayOfWeek, 1, out);
-  out->push_back(u' ');
-  AppendPadded(time.wHour, 2, out);
-  out->push_back(u':');
-  AppendPadded(time.wMinute, 2, out);
-  out->push_back(u':');
-  AppendPadded(time.wSecond, 2, out);
-  out->push_back(u'.');
-  AppendPadded(time.wMilliseconds, 3, out);
+  for (const Field& field : fields) {
+    AppendPadded(field.value, field.digits, out);
+    if (field.separator != 0) out->push_back(field.separator);
+  }
 }
 
 bool ParseVisitStamp(std::u16string_view text, uint64_t* out) {

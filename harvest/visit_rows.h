@@ -1,0 +1,37 @@
+// visit_rows.h: the rows of a history query, delivered as visits.
+//
+// Both history readers ask their file for the same columns: 0 the page's
+// address, 1 its title, 2 its visit count, 3 its typed count, 4 the visit
+// time as the browser stores it, 5 the browser's own number of the page.
+// A reader may add columns behind these for its own test of a row. The
+// checks of visit_values.h apply to every row.
+
+#ifndef CORVANE_HARVEST_VISIT_ROWS_H_
+#define CORVANE_HARVEST_VISIT_ROWS_H_
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <string>
+
+#include "harvest/item_store.h"
+
+namespace corvane::harvest {
+
+struct VisitQuery {
+  // Microseconds from the browser's epoch to 1970-01-01.
+  int64_t epochToUnixMicros;
+  // Whether the row the statement stands on is a visit the person chose;
+  // null takes every row.
+  bool (*isChosen)(sqlite3_stmt* stmt);
+};
+
+// Steps through the rows of stmt and adds each chosen visit whose time can
+// be delivered; the others are skipped, with one debug line that names
+// file. Returns the last result of sqlite3_step.
+int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, uint32_t browser, const std::string& file,
+                 ItemStore* lpItems);
+
+}  // namespace corvane::harvest
+
+#endif  // CORVANE_HARVEST_VISIT_ROWS_H_

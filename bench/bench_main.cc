@@ -13,6 +13,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -90,29 +91,66 @@ struct Profile {
   std::string appData;
 };
 
-bool PrepareProfile(const std::string& root, const fixture::ProfileSpec& spec, Profile* profile) {
+// A data folder of its own for one run, with the sample white list in it.
+std::string FreshDataFolder(const std::string& path) {
+  fs::remove_all(path);
+  fs::create_directories(path);
+  if (!InstallWhiteList(path)) std::fprintf(stderr, "note: no sample white list installed\n");
+  return path;
+}
+
+bool PrepareHome(const std::string& root, const fixture::ProfileSpec& spec, Profile* profile) {
   profile->home = root + "/home";
-  profile->appData = root + "/appdata";
   fs::create_directories(profile->home);
-  fs::create_directories(profile->appData);
   std::string error;
   if (!fixture::WriteChromiumProfile(profile->home, spec, &error) ||
       !fixture::WriteDefaultBrowser(profile->home, fixture::Family::kChromium, &error)) {
     std::fprintf(stderr, "fixture: %s\n", error.c_str());
     return false;
   }
-  if (!InstallWhiteList(profile->appData)) std::fprintf(stderr, "note: no sample white list installed\n");
   return true;
 }
 
+// The middle of several runs of one measurement: a single run on a shared
+// machine is off by a tenth or more now and then. The peak is the highest.
+UpdateRun MedianUpdate(const std::vector<UpdateRun>& runs) {
+  UpdateRun median;
+  std::vector<double> seconds;
+  for (const UpdateRun& run : runs) {
+    if (!run.ok) return run;
+    seconds.push_back(run.seconds);
+    median.peakMb = std::max(median.peakMb, run.peakMb);
+  }
+  median.ok = !runs.empty();
+  median.seconds = Quantile(seconds, 0.5);
+  return median;
+}
+
+FloorRun MedianFloor(const std::vector<FloorRun>& runs) {
+  FloorRun median;
+  std::vector<double> seconds;
+  for (const FloorRun& run : runs) seconds.push_back(run.seconds);
+  median.seconds = Quantile(seconds, 0.5);
+  median.rows = runs.empty() ? 0 : runs.front().rows;
+  return median;
+}
+
 SizeResult MeasureFirstUpdate(const std::string& self, const std::string& root, const std::string& label,
-                              const fixture::ProfileSpec& spec, Profile* profile) {
+                              const fixture::ProfileSpec& spec, int runs, Profile* profile) {
   SizeResult result;
   result.label = label;
   result.visits = static_cast<int64_t>(spec.days) * spec.visitsPerDay;
-  if (!PrepareProfile(root, spec, profile)) return result;
-  result.importFloor = MeasureImportFloor(fixture::ChromiumHistoryPath(profile->home), root + "/floor");
-  result.first = RunUpdateInChild(self, {profile->home, profile->appData, std::string(kLastDay) + " 21:00:00"});
+  if (!PrepareHome(root, spec, profile)) return result;
+  std::vector<FloorRun> floors;
+  std::vector<UpdateRun> updates;
+  for (int run = 0; run < runs; ++run) {
+    floors.push_back(MeasureImportFloor(fixture::ChromiumHistoryPath(profile->home), root + "/floor"));
+    std::string appData = FreshDataFolder(root + "/appdata-" + std::to_string(run));
+    if (run == 0) profile->appData = appData;
+    updates.push_back(RunUpdateInChild(self, {profile->home, appData, std::string(kLastDay) + " 21:00:00"}));
+  }
+  result.importFloor = MedianFloor(floors);
+  result.first = MedianUpdate(updates);
   if (!result.first.ok) std::fprintf(stderr, "%s: %s\n", label.c_str(), result.first.error.c_str());
   return result;
 }
@@ -137,6 +175,7 @@ struct Options {
   bool stress = false;
   bool keep = false;
   size_t repetitions = 200;
+  int runs = 3;
 };
 
 void PrintCalls(const std::vector<CallTiming>& calls, double* lpRecomMs) {
@@ -173,7 +212,7 @@ int RunBenchmark(const std::string& self, const Options& options) {
     Profile profile;
     std::string root = scratch.Path() + "/x" + std::to_string(static_cast<int>(scale));
     std::string label = "first update " + std::to_string(static_cast<int>(scale)) + "x";
-    sizes.push_back(MeasureFirstUpdate(self, root, label, HeavySpec(scale, days, perDay), &profile));
+    sizes.push_back(MeasureFirstUpdate(self, root, label, HeavySpec(scale, days, perDay), options.runs, &profile));
     PrintSize(sizes.back());
     if (!sizes.back().first.ok) return 1;
     growth.emplace_back(static_cast<double>(sizes.back().visits), sizes.back().first.seconds);
@@ -183,7 +222,7 @@ int RunBenchmark(const std::string& self, const Options& options) {
     Profile stress;
     int stressPerDay = 1000000 / days + 1;
     sizes.push_back(MeasureFirstUpdate(self, scratch.Path() + "/stress", "first update stress",
-                                       HeavySpec(1.0, days, stressPerDay), &stress));
+                                       HeavySpec(1.0, days, stressPerDay), 1, &stress));
     PrintSize(sizes.back());
   }
 
@@ -194,13 +233,30 @@ int RunBenchmark(const std::string& self, const Options& options) {
     std::fprintf(stderr, "fixture: %s\n", error.c_str());
     return 1;
   }
-  FloorRun importFloor = MeasureImportFloor(fixture::ChromiumHistoryPath(heavy.home), scratch.Path() + "/floor-daily");
-  UpdateRun daily = RunUpdateInChild(self, {heavy.home, heavy.appData, std::string(kNextDay) + " 21:00:00"});
-  if (!daily.ok) {
-    std::fprintf(stderr, "daily update: %s\n", daily.error.c_str());
-    return 1;
+  // Each run starts from a copy of the data folder as the first update left
+  // it.
+  std::vector<FloorRun> importFloors;
+  std::vector<FloorRun> analysisFloors;
+  std::vector<UpdateRun> dailies;
+  std::string dailyData;
+  for (int run = 0; run < options.runs; ++run) {
+    importFloors.push_back(
+        MeasureImportFloor(fixture::ChromiumHistoryPath(heavy.home), scratch.Path() + "/floor-daily"));
+    std::string appData = scratch.Path() + "/daily-" + std::to_string(run);
+    fs::remove_all(appData);
+    fs::copy(heavy.appData, appData, fs::copy_options::recursive);
+    if (run == 0) dailyData = appData;
+    dailies.push_back(RunUpdateInChild(self, {heavy.home, appData, std::string(kNextDay) + " 21:00:00"}));
+    if (!dailies.back().ok) {
+      std::fprintf(stderr, "daily update: %s\n", dailies.back().error.c_str());
+      return 1;
+    }
+    analysisFloors.push_back(MeasureAnalysisFloor(appData + "/CorvaneApp/CorvaneAppDB.db"));
   }
-  FloorRun analysisFloor = MeasureAnalysisFloor(heavy.appData + "/CorvaneApp/CorvaneAppDB.db");
+  const FloorRun importFloor = MedianFloor(importFloors);
+  const FloorRun analysisFloor = MedianFloor(analysisFloors);
+  const UpdateRun daily = MedianUpdate(dailies);
+  heavy.appData = dailyData;
   double dailyFloor = importFloor.seconds + analysisFloor.seconds;
   std::printf("%-22s %9d visits  update %8.3f s  floors %8.3f s (import %.3f s, analysis %.3f s over %lld rows)  "
               "ratio %5.2f  peak %7.1f MB\n",
@@ -234,6 +290,8 @@ int main(int argc, char** argv) {
   app.add_flag("--quick", options.quick, "only the heavy size: no growth exponent");
   app.add_flag("--keep", options.keep, "keep the scratch folder");
   app.add_option("--repetitions", options.repetitions, "calls per timed host call")->check(CLI::PositiveNumber);
+  app.add_option("--runs", options.runs, "runs of each update and floor; the median is reported")
+      ->check(CLI::PositiveNumber);
   app.add_flag("--child-update", child, "internal: run one update and report it")->group("");
   app.add_option("--host-calls-on", hostCallsOn, "only time the host calls on a kept data folder (for profiling)");
   CLI11_PARSE(app, argc, argv);

@@ -5,33 +5,21 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 namespace corvane::test {
 
-ScopedEnv::ScopedEnv(const char* name, const char* value) : m_name(name) {
-  const char* old = std::getenv(name);
-  m_hadOld = old != nullptr;
-  if (m_hadOld) m_old = old;
-  if (value == nullptr) {
-    unsetenv(name);
-  } else {
-    setenv(name, value, 1);
-  }
+ScopedEnv::ScopedEnv(const char* name, const char* value) : m_name(name), m_hadOld(std::getenv(name) != nullptr) {
+  if (m_hadOld) m_old = std::getenv(name);
+  static_cast<void>(value == nullptr ? unsetenv(name) : setenv(name, value, 1));
 }
 
 ScopedEnv::~ScopedEnv() {
-  if (m_hadOld) {
-    setenv(m_name.c_str(), m_old.c_str(), 1);
-  } else {
-    unsetenv(m_name.c_str());
-  }
+  static_cast<void>(m_hadOld ? setenv(m_name.c_str(), m_old.c_str(), 1) : unsetenv(m_name.c_str()));
 }
 
-TempDir::TempDir() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string();
-  char* made = mkdtemp(pattern.data());
-  if (made == nullptr) std::abort();
-  m_path = made;
+TempDir::TempDir() : m_path((std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string()) {
+  if (mkdtemp(m_path.data()) == nullptr) std::abort();
 }
 
 TempDir::~TempDir() {
@@ -44,13 +32,17 @@ std::string BuildLibDir() {
   return dir != nullptr ? dir : "lib";
 }
 
+// A test can't go on without the component: the failure is reported and the
+// process ends.
+[[noreturn]] static void Abort(const std::string& what) {
+  ADD_FAILURE() << what;
+  std::abort();
+}
+
 template <class Fn>
 static Fn Resolve(void* library, const char* name) {
   void* symbol = dlsym(library, name);
-  if (symbol == nullptr) {
-    ADD_FAILURE() << "missing export " << name;
-    std::abort();
-  }
+  if (symbol == nullptr) Abort(std::string("missing export ") + name);
   return reinterpret_cast<Fn>(symbol);
 }
 
@@ -58,10 +50,7 @@ const Component& LoadComponent() {
   static const Component component = [] {
     std::string path = BuildLibDir() + "/libCorvaneDataProvider.so";
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-      ADD_FAILURE() << "dlopen " << path << ": " << dlerror();
-      std::abort();
-    }
+    if (library == nullptr) Abort("dlopen " + path + ": " + dlerror());
     return Component{Resolve<PFN_DllGetClassObject>(library, "DllGetClassObject"),
                      Resolve<PFN_DllCanUnloadNow>(library, "DllCanUnloadNow"),
                      Resolve<PFN_DllInstall>(library, "DllInstall"),
@@ -79,8 +68,7 @@ Bstr::Bstr(std::u16string_view text)
 Bstr::~Bstr() { LoadComponent().SysFreeString(m_bstr); }
 
 BSTR* Bstr::Put() {
-  LoadComponent().SysFreeString(m_bstr);
-  m_bstr = nullptr;
+  LoadComponent().SysFreeString(std::exchange(m_bstr, nullptr));
   return &m_bstr;
 }
 
@@ -89,24 +77,21 @@ std::u16string Bstr::Text() const {
 }
 
 ComPtr<ICorvaneDataProviderObject> CreateProvider() {
-  const Component& component = LoadComponent();
   IClassFactory* factory = nullptr;
-  HRESULT hr = component.DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
-                                           reinterpret_cast<void**>(&factory));
-  EXPECT_EQ(hr, S_OK);
+  EXPECT_EQ(LoadComponent().DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
+                                              reinterpret_cast<void**>(&factory)),
+            S_OK);
   if (factory == nullptr) return ComPtr<ICorvaneDataProviderObject>();
   ICorvaneDataProviderObject* provider = nullptr;
-  hr = factory->CreateInstance(nullptr, IID_ICorvaneDataProviderObject, reinterpret_cast<void**>(&provider));
-  EXPECT_EQ(hr, S_OK);
+  EXPECT_EQ(factory->CreateInstance(nullptr, IID_ICorvaneDataProviderObject, reinterpret_cast<void**>(&provider)),
+            S_OK);
   factory->Release();
   return ComPtr<ICorvaneDataProviderObject>(provider);
 }
 
 std::u16string GetValue(ICorvaneDataProviderObject* provider, std::u16string_view key) {
-  Bstr name(key);
-  Bstr value;
-  if (provider->GetValue(name.Get(), value.Put()) != S_OK) return std::u16string();
-  return value.Text();
+  Bstr name(key), value;
+  return provider->GetValue(name.Get(), value.Put()) == S_OK ? value.Text() : std::u16string();
 }
 
 }  // namespace corvane::test

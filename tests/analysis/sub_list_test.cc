@@ -1,114 +1,71 @@
-// Sub-domain rules: whole-host matches of the main domain's own rules.
-
-#include <gtest/gtest.h>
-
-#include <fstream>
+// Sub-domain rules: whole-host matches of the main domain's own rules, and
+// the rules refused before they reach the matcher.
 
 #include "analysis/sub_list.h"
-#include "common/utf.h"
-#include "store/corvane_db.h"
-#include "support/test_host.h"
 
-namespace corvane {
+#include "store/db_fixture.h"
+
+namespace corvane::testing {
 namespace {
 
-TEST(SubListTest, RuleMatchesWholeHostsOfItsOwnMainDomainWithCase) {
-  CSubListRule rule(u"example.com", u"news\\.example\\.com");
-  EXPECT_TRUE(rule.IsSubDomain(u"example.com", u"news.example.com"));
-  EXPECT_FALSE(rule.IsSubDomain(u"example.com", u"old.news.example.com"));
-  EXPECT_FALSE(rule.IsSubDomain(u"example.com", u"NEWS.example.com"));
-  EXPECT_FALSE(rule.IsSubDomain(u"Example.com", u"news.example.com"));
-  EXPECT_FALSE(rule.IsSubDomain(u"example.com", u""));
-  CSubListRule any(u"example.com", u".*");
-  EXPECT_FALSE(any.IsSubDomain(u"example.com", std::u16string(254, u'a')));
-  EXPECT_TRUE(any.IsSubDomain(u"example.com", std::u16string(253, u'a')));
-  CSubListRule broken(u"example.com", u"news[");
-  EXPECT_FALSE(broken.IsCompiled());
-  EXPECT_FALSE(broken.IsSubDomain(u"example.com", u"news["));
-  CSubListRule empty(u"example.com", u"");
-  EXPECT_TRUE(empty.IsCompiled());
-  EXPECT_FALSE(empty.IsSubDomain(u"example.com", u""));
-}
+std::u16string Nested(size_t depth) { return std::u16string(depth, u'(') + u"b" + std::u16string(depth, u')') + u"\\.a\\.com"; }
 
-TEST(SubListTest, RuleNestedFiftyThousandDeepIsRefusedWithoutCrashing) {
-  std::u16string deep = std::u16string(50000, u'(') + u"b" + std::u16string(50000, u')') + u"\\.a\\.com";
-  CSubListRule rule(u"a.com", deep);
-  EXPECT_FALSE(rule.IsCompiled());
-  EXPECT_FALSE(rule.IsSubDomain(u"a.com", u"b.a.com"));
-}
-
-TEST(SubListTest, DepthAndLengthBoundsLeaveOrdinaryRulesAlone) {
-  auto nested = [](size_t depth) {
-    return std::u16string(depth, u'(') + u"b" + std::u16string(depth, u')') + u"\\.a\\.com";
+TEST(SubListTest, RulesMatchWholeHostsOfTheirOwnMainDomainWithCase) {
+  const std::u16string longest = u"b\\.a\\.com|" + std::u16string(502, u'x');  // 512 characters
+  const struct {
+    std::u16string rule;
+    bool compiled;
+    std::u16string main;
+    std::u16string host;
+    bool matches;
+  } kCases[] = {
+      {u"news\\.a\\.com", true, u"a.com", u"news.a.com", true},
+      {u"news\\.a\\.com", true, u"a.com", u"old.news.a.com", false},  // a whole-host match
+      {u"news\\.a\\.com", true, u"a.com", u"NEWS.a.com", false},      // case counts
+      {u"news\\.a\\.com", true, u"A.com", u"news.a.com", false},      // another main domain
+      {u"news\\.a\\.com", true, u"a.com", u"", false},
+      {u".*", true, u"a.com", std::u16string(253, u'a'), true},
+      {u".*", true, u"a.com", std::u16string(254, u'a'), false},  // longer than a host can be
+      {u"news[", false, u"a.com", u"news[", false},
+      {u"", true, u"a.com", u"", false},
+      // Nesting up to 32 deep and 512 characters compile, one more is refused.
+      {Nested(32), true, u"a.com", u"b.a.com", true},
+      {Nested(33), false, u"a.com", u"b.a.com", false},
+      {Nested(50000), false, u"a.com", u"b.a.com", false},
+      {longest, true, u"a.com", u"b.a.com", true},
+      {longest + u"x", false, u"a.com", u"b.a.com", false},
+      // The backtracking matcher would try 2^40 ways before it gave up on
+      // the first host; the call would not return within the run.
+      {u"(a|a)*b\\.a\\.com", true, u"a.com", std::u16string(40, u'a') + u".a.com", false},
+      {u"(a|a)*b\\.a\\.com", true, u"a.com", std::u16string(40, u'a') + u"b.a.com", true},
+      // Sixteen characters of nested counts make ten thousand copies, enough
+      // for the matcher's recursion to exhaust the stack on a long host.
+      {u"((a?){100}){100}", false, u"a.com", std::u16string(253, u'a'), false},
+      {u"(a{3000,})", false, u"a.com", std::u16string(253, u'a'), false},
+      {u"[a-z0-9-]{1,63}\\.a\\.com", true, u"a.com", u"news-1.a.com", true},
+      {u"[a-z0-9-]{1,63}\\.a\\.com", true, u"a.com", std::u16string(64, u'n') + u".a.com", false},
+      {u"(\\d{1,3}\\.){3}\\d{1,3}", true, u"a.com", u"10.0.0.255", true},
+      // Back-references have no polynomial matcher: such a rule is dropped.
+      {u"(b)\\1\\.a\\.com", false, u"a.com", u"bb.a.com", false},
   };
-  CSubListRule deepest(u"a.com", nested(32));
-  EXPECT_TRUE(deepest.IsSubDomain(u"a.com", u"b.a.com"));
-  CSubListRule tooDeep(u"a.com", nested(33));
-  EXPECT_FALSE(tooDeep.IsCompiled());
-  // 512 characters compile, 513 are refused though the text is valid.
-  std::u16string longest = u"b\\.a\\.com|" + std::u16string(502, u'x');
-  ASSERT_EQ(longest.size(), 512u);
-  CSubListRule atLength(u"a.com", longest);
-  EXPECT_TRUE(atLength.IsSubDomain(u"a.com", u"b.a.com"));
-  CSubListRule overLength(u"a.com", longest + u"x");
-  EXPECT_FALSE(overLength.IsCompiled());
-  EXPECT_FALSE(overLength.IsSubDomain(u"a.com", u"b.a.com"));
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(ToUtf8(test.rule.substr(0, 40)) + " on " + ToUtf8(test.host.substr(0, 40)));
+    CSubListRule rule(u"a.com", test.rule);
+    EXPECT_EQ(rule.IsCompiled(), test.compiled);
+    EXPECT_EQ(rule.IsSubDomain(test.main, test.host), test.matches);
+  }
 }
 
-TEST(SubListTest, RuleThatBacktracksExponentiallyEndsOnALongHost) {
-  CSubListRule rule(u"a.com", u"(a|a)*b\\.a\\.com");
-  ASSERT_TRUE(rule.IsCompiled());
-  // The backtracking matcher tries 2^40 ways before it gives up here; this
-  // call would not return within the run of the suite.
-  EXPECT_FALSE(rule.IsSubDomain(u"a.com", std::u16string(40, u'a') + u".a.com"));
-  EXPECT_TRUE(rule.IsSubDomain(u"a.com", std::u16string(40, u'a') + u"b.a.com"));
-}
+class SubListTableTest : public DBTest {};
 
-TEST(SubListTest, CountedRepetitionsThatBlowUpAreRefusedAndOrdinaryCountsKept) {
-  // Sixteen characters of nested counts make ten thousand copies, enough
-  // for the matcher's recursion to exhaust the stack on a long host.
-  CSubListRule blowUp(u"a.com", u"((a?){100}){100}");
-  EXPECT_FALSE(blowUp.IsCompiled());
-  EXPECT_FALSE(blowUp.IsSubDomain(u"a.com", std::u16string(253, u'a')));
-  CSubListRule open(u"a.com", u"(a{3000,})");
-  EXPECT_FALSE(open.IsCompiled());
-  CSubListRule label(u"a.com", u"[a-z0-9-]{1,63}\\.a\\.com");
-  EXPECT_TRUE(label.IsSubDomain(u"a.com", u"news-1.a.com"));
-  EXPECT_FALSE(label.IsSubDomain(u"a.com", std::u16string(64, u'n') + u".a.com"));
-  CSubListRule address(u"a.com", u"(\\d{1,3}\\.){3}\\d{1,3}");
-  EXPECT_TRUE(address.IsSubDomain(u"a.com", u"10.0.0.255"));
-  // Back-references have no polynomial matcher: such a rule is dropped.
-  CSubListRule backReference(u"a.com", u"(b)\\1\\.a\\.com");
-  EXPECT_FALSE(backReference.IsCompiled());
-}
-
-TEST(SubListTest, RefusedRuleLeavesADebugLine) {
-  test::TempDir dir;
-  test::ScopedEnv debug("CORVANE_DEBUG", dir.File("debug.log").c_str());
-  CSubListRule rule(u"deep.com", std::u16string(40, u'(') + std::u16string(40, u')'));
-  EXPECT_FALSE(rule.IsCompiled());
-  std::ifstream log(dir.File("debug.log"));
-  std::string line;
-  std::getline(log, line);
-  EXPECT_EQ(line, "sub list: rule of deep.com refused, nested more than 32 deep\r");
-}
-
-TEST(SubListTest, ListDropsRulesThatDoNotCompileAndKeepsTheRest) {
-  test::TempDir dir;
-  test::ScopedEnv appData("CORVANE_APPDATA", dir.Path().c_str());
-  CCorvaneDB db;
-  ASSERT_EQ(db.Open(FromUtf8(dir.File("db.sqlite")), false), S_OK);
-  ASSERT_TRUE(db.Exec(u"insert into TSubList values('N', 'a.com', '(unclosed', 'x');"
-                      u"insert into TSubList values('N', 'a.com', '[a-z]+\\.a\\.com', 'x');"));
-  // A rule nested too deeply is dropped like one that doesn't compile.
-  StatementPtr deep = db.Prepare(u"insert into TSubList values('N', 'a.com', ?, 'x')");
-  ASSERT_TRUE(deep && deep->BindText16(0, std::u16string(33, u'(') + u"b" + std::u16string(33, u')')) && deep->Execute());
-  deep.reset();
-  CSubList rules(&db);
+TEST_F(SubListTableTest, ListDropsRulesThatDoNotCompileOrNestTooDeepAndKeepsTheRest) {
+  Exec("insert into TSubList values('N', 'a.com', '(unclosed', 'x'), ('N', 'a.com', '[a-z]+\\.a\\.com', 'x'),"
+       "  ('N', 'a.com', '" + ToUtf8(Nested(33)) + "', 'x')");
+  CSubList rules(&m_db);
   EXPECT_EQ(rules.Rules().size(), 1u);
   EXPECT_TRUE(rules.Matches(u"a.com", u"blog.a.com"));
   EXPECT_FALSE(rules.Matches(u"b.com", u"blog.a.com"));
 }
 
 }  // namespace
-}  // namespace corvane
+}  // namespace corvane::testing

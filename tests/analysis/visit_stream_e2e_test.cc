@@ -1,32 +1,35 @@
 // The classification of the visit stream through the exports: its debug
-// lines, the rule of one second on counted visits, hosts that differ only
-// in case, and visit counts a browser should not deliver. "Now" is
-// 2024-03-10 20:00.
+// lines and decisions, the rule of one second on counted visits, and visit
+// counts a browser should not deliver. Hosts that differ only in case are one
+// host for the pair decisions (a row of the table below) and two for the
+// rule of one second (visit_rules_test.cc).
 
 #include <algorithm>
 
-#include "analysis/analysis_host.h"
+#include "intake/provider_host.h"
 
 namespace corvane::testing {
 namespace {
 
-class VisitStreamTest : public AnalysisTest {
+class VisitStreamTest : public ProviderTest {
  protected:
-  VisitStreamTest() : m_logPath(m_dir.File("debug.log")), m_debug("CORVANE_DEBUG", m_logPath.c_str()) {}
-
-  std::vector<std::string> Lines() const { return ClassificationLines(m_logPath); }
-
-  std::string m_logPath;
-  test::ScopedEnv m_debug;
+  int64_t LineCount(const std::string& line) const {
+    std::vector<std::string> lines = ClassificationLines();
+    return std::count(lines.begin(), lines.end(), line);
+  }
 };
 
-TEST_F(VisitStreamTest, DebugLinesTellEveryDecisionOfTheWalkExample) {
+TEST_F(VisitStreamTest, WalkInsideASiteCountsOnlyItsEntryPagesAndTellsEveryDecision) {
+  // Newest first: a file page and a folder page on one host, then a file
+  // page and the bare address of a host under another main domain.
   Visit("http://a.example.com/page.html", "2024-03-10 10:00:03.000");
   Visit("http://a.example.com/dir/", "2024-03-10 10:00:02.000");
   Visit("http://b.other.org/x.html", "2024-03-10 10:00:01.000");
   Visit("http://b.other.org/", "2024-03-10 10:00:00.000");
   ASSERT_EQ(Update(), S_OK);
-  std::vector<std::string> lines = Lines();
+  EXPECT_EQ(Rows("select DayIndex, URL, OriginalURL from TPreparedURL"),
+            (std::vector<std::string>{"0|a.example.com/dir|http://a.example.com/dir/", "0|b.other.org|http://b.other.org/"}));
+  std::vector<std::string> lines = ClassificationLines();
   ASSERT_EQ(lines.size(), 14u);
   EXPECT_EQ(lines[0].rfind("Settings:[", 0), 0u) << lines[0];
   EXPECT_EQ(lines[0].substr(lines[0].size() - 9), "][Chrome]");
@@ -49,6 +52,72 @@ TEST_F(VisitStreamTest, DebugLinesTellEveryDecisionOfTheWalkExample) {
   EXPECT_EQ(std::vector<std::string>(lines.begin() + 1, lines.end()), kRest);
 }
 
+// Each case is one date with two visits, Last five seconds after Cur; Cur
+// is always counted at the end of its date. The line is the debug line of
+// the decision, without its prefix.
+struct PairCase {
+  std::string last;
+  std::string cur;
+  bool lastCounted;
+  std::string line;
+};
+
+// The fixed form of a URL as the cases spell them.
+std::string Fixed(std::string url) {
+  if (url.rfind("http://", 0) == 0) url = url.substr(7);
+  return url.back() == '/' ? url.substr(0, url.size() - 1) : url;
+}
+
+TEST_F(VisitStreamTest, EveryRowOfThePairDecisionTable) {
+  const PairCase kCases[] = {
+      // same host, F-F: both dynamic, both plain, dynamic and plain
+      {"http://s1.com/a?x", "http://s1.com/b?y", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:s1.com/a?x]"},
+      {"http://s2.com/a.html", "http://s2.com/b.html", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:s2.com/a.html]"},
+      {"http://s3.com/a?x", "http://s3.com/b.html", true, "[S,F-F,Dynamic(DN;ND)]Cur->Last[LastURL:s3.com/a?x]"},
+      // same host, F-P, P-P, P-F
+      {"http://s4.com/a.html", "http://s4.com/", false, "[S,F-P]Cur->Last[LastURL:s4.com/a.html]"},
+      {"http://s5.com/dir/", "http://s5.com/", true, "[S,P-P] AddLastURL[LastURL:s5.com/dir]"},
+      {"http://s6.com/", "http://s6.com/a.html", true, "[S,P-F] AddLastURL[LastURL:s6.com]"},
+      // other hosts: P-P, P-F, F-P under one and under two main domains, F-F
+      {"http://d1.com/", "http://d2.com/", true, "[P-P] AddLastURL[LastURL:d1.com]"},
+      {"http://d3.com/", "http://d4.com/a.html", true, "[P-F] AddLastURL[LastURL:d3.com]"},
+      {"http://www2.m1.com/a.html", "http://news.m1.com/", false, "[F-P,SameMainDomain]Cur->Last[LastURL:www2.m1.com/a.html]"},
+      {"http://x.m2.com/a.html", "http://y.m3.com/", true, "[F-P,NotSameMainDomain] AddLastURL[LastURL:x.m2.com/a.html]"},
+      {"http://d5.com/a.html", "http://d6.com/b.html", true, "[F-F] AddLastURL[LastURL:d5.com/a.html]"},
+      // hosts differing in case are one host; an https bare host is a file page
+      {"http://CASE.com/a.html", "http://case.com/", false, "[S,F-P]Cur->Last[LastURL:CASE.com/a.html]"},
+      {"https://s7.com", "https://s7.com/b.html", false, "[S,F-F,Dynamic(DD;NN)]Cur->Last[LastURL:https://s7.com]"},
+  };
+  // One date per case, counting back from today across the end of February.
+  int day = 10;
+  for (const PairCase& pair : kCases) {
+    Visit(pair.last, March(day) + " 10:00:05.000");
+    Visit(pair.cur, March(day--) + " 10:00:00.000");
+  }
+  // One more date, where a URL is counted a second time: r.com is Last
+  // twice, eight seconds apart, each time before another host's folder.
+  Visit("http://r.com/", March(day) + " 10:00:10.000");
+  Visit("http://q.com/", March(day) + " 10:00:05.000");
+  Visit("http://r.com/", March(day) + " 10:00:02.000");
+  Visit("http://q2.com/", March(day) + " 10:00:00.000");
+  ASSERT_EQ(Update(), S_OK);
+  for (const PairCase& pair : kCases) {
+    SCOPED_TRACE(pair.last + " before " + pair.cur);
+    EXPECT_EQ(LineCount(pair.line), 1);
+    EXPECT_EQ(LineCount("AddURL(" + Fixed(pair.last) + ") AddOK 0"), pair.lastCounted ? 1 : 0);
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + Fixed(pair.last) + "'"),
+              pair.lastCounted ? "1" : "0");
+    EXPECT_EQ(Scalar("select count(*) from TPreparedURL where URL = '" + Fixed(pair.cur) + "'"), "1");
+  }
+  EXPECT_EQ(LineCount("[P-P] AddLastURL[LastURL:r.com]"), 2);
+  EXPECT_EQ(LineCount("AddURL(r.com) AddOK 0"), 1);
+  EXPECT_EQ(LineCount("AddURL(r.com) AddVisitCount 0X1"), 1);
+  EXPECT_EQ(Scalar("select VisitCount from TPreparedURL where URL = 'r.com'"), "2");
+  // Thirteen decisions and the three of the last date, nothing else.
+  std::vector<std::string> lines = ClassificationLines();
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& line) { return line[0] == '['; }), 16);
+}
+
 TEST_F(VisitStreamTest, CountedVisitsFourHundredMillisecondsApartKeepEveryThird) {
   // Folder pages of one host: each pair is S,P-P, so every visit reaches
   // the rule of one second. The reference time stands until a visit lies a
@@ -58,37 +127,8 @@ TEST_F(VisitStreamTest, CountedVisitsFourHundredMillisecondsApartKeepEveryThird)
   ASSERT_EQ(Update(), S_OK);
   EXPECT_EQ(Rows("select URL from TPreparedURL order by URL"),
             (std::vector<std::string>{"a.com/d0", "a.com/d3", "a.com/d6"}));
-  std::vector<std::string> lines = Lines();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "AddURL(a.com/d1) Ignore(1s) 0X80004004"), 1);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "AddURL(a.com/d3) AddOK 0"), 1);
-}
-
-TEST_F(VisitStreamTest, TwoURLsOfOneHostHalfASecondApartCountOnce) {
-  Visit("http://a.com/", "2024-03-10 10:00:00.500");
-  Visit("http://a.com/dir/", "2024-03-10 10:00:00.000");
-  Visit("http://z.org/", "2024-03-10 09:00:00.000");
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Rows("select URL from TPreparedURL order by URL"), (std::vector<std::string>{"a.com", "z.org"}));
-  std::vector<std::string> lines = Lines();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "AddURL(a.com/dir) Ignore(1s) 0X80004004"), 1);
-}
-
-TEST_F(VisitStreamTest, HostsDifferingInCaseAreOneHostForPairsAndTwoForTheSecondRule) {
-  // A file page, then (older) the other-case host's folder: S,F-P drops it.
-  Visit("http://CASE.com/a.html", "2024-03-10 11:00:00.000");
-  Visit("http://case.com/dir/", "2024-03-10 10:59:59.000");
-  // Two folder pages 300 ms apart on hosts differing in case: one host for
-  // the pair (S,P-P), two hosts for the rule, so both are counted.
-  Visit("http://MIX.com/x/", "2024-03-10 10:00:00.300");
-  Visit("http://mix.com/y/", "2024-03-10 10:00:00.000");
-  Visit("http://z.org/", "2024-03-10 09:00:00.000");
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Rows("select URL from TPreparedURL order by URL"),
-            (std::vector<std::string>{"MIX.com/x", "case.com/dir", "mix.com/y", "z.org"}));
-  std::vector<std::string> lines = Lines();
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "[S,F-P]Cur->Last[LastURL:CASE.com/a.html]"), 1);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "[S,P-P] AddLastURL[LastURL:MIX.com/x]"), 1);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "AddURL(mix.com/y) AddOK 0"), 1);
+  EXPECT_EQ(LineCount("AddURL(a.com/d1) Ignore(1s) 0X80004004"), 1);
+  EXPECT_EQ(LineCount("AddURL(a.com/d3) AddOK 0"), 1);
 }
 
 TEST_F(VisitStreamTest, UntitledVisitsAreNeverCountedOnTheNormalPath) {

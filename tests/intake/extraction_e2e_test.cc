@@ -2,475 +2,220 @@
 // stored, which counters DBConfig.ini gets, and how a missing or broken
 // extraction library fails the update.
 
-#include <gtest/gtest.h>
-#include <sqlite3.h>
-
-#include <fstream>
-#include <string>
-#include <vector>
-
-#include "corvane/VisitHarvest.h"
-#include "intake/fake_fixture.h"
-#include "platform/ini_file.h"
-#include "support/test_host.h"
+#include "intake/provider_host.h"
 
 namespace corvane::testing {
 namespace {
 
-using test::ScopedEnv;
-using test::TempDir;
-
-// What Config gives for a key that the file does not hold.
-constexpr char16_t kAbsent[] = u"<absent>";
-
-FakeItem Visit(const std::string& url, const std::string& time, int count = 1) {
+FakeItem Item(const std::string& url, const std::string& time, int count = 1) {
   return FakeItem{"Title of " + url, url, "", time, count};
 }
 
-class ExtractionTest : public ::testing::Test {
- protected:
-  ExtractionTest()
-      : m_appData("CORVANE_APPDATA", m_dir.Path().c_str()),
-        m_now("CORVANE_TEST_NOW", "2024-03-05 20:00:00"),
-        m_fixturePath(m_dir.File("fixture.json")),
-        m_fixtureEnv("CORVANE_FAKE_HARVEST_FIXTURE", m_fixturePath.c_str()),
-        m_library("CORVANE_HARVEST_LIBRARY", FakeHarvestLibrary().c_str()),
-        m_debug("CORVANE_DEBUG", m_dir.File("debug.log").c_str()) {
-    m_fixture.log = m_dir.File("calls.log");
-  }
-
-  // Writes the fixture and runs one update through a fresh provider.
-  HRESULT Update() {
-    EXPECT_TRUE(m_fixture.Write(m_fixturePath));
-    ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-    if (!provider) return E_FAIL;
-    HRESULT hr = provider->Initialize(nullptr);
-    if (hr == S_OK) hr = provider->ForceUpdateData();
-    return hr;
-  }
-
-  std::string DataFile(const std::string& name) const { return m_dir.Path() + "/CorvaneApp/" + name; }
-
-  std::u16string Config(std::u16string_view key) const {
-    std::string path = DataFile("DBConfig.ini");
-    return ReadProfileString(std::u16string(path.begin(), path.end()), u"DBConfig", key, kAbsent, 260);
-  }
-
-  // Both keys of the last merge that added IE visits, as a merge writes them.
-  void SetIEHistoryAdded() const {
-    SetConfig(u"IEHistoryAdded", u"2024.03.01");
-    SetConfig(u"IEHistoryAddedBK", u"2024.02.28");
-  }
-  void ExpectIEHistoryAdded(bool kept) const {
-    EXPECT_EQ(Config(u"IEHistoryAdded"), kept ? u"2024.03.01" : kAbsent);
-    EXPECT_EQ(Config(u"IEHistoryAddedBK"), kept ? u"2024.02.28" : kAbsent);
-  }
-
-  std::string DebugLogText() const {
-    std::ifstream in(m_dir.File("debug.log"));
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  }
-
-  // Every row of every table, as text: what a failed update must leave.
-  std::string DumpTables() const {
-    sqlite3* db = nullptr;
-    sqlite3_open_v2(DataFile("CorvaneAppDB.db").c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-    std::vector<std::string> tables;
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db, "select name from sqlite_master where type = 'table' order by name", -1, &stmt, nullptr);
-    while (sqlite3_step(stmt) == SQLITE_ROW) tables.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)));
-    sqlite3_finalize(stmt);
-    std::string dump;
-    for (const std::string& table : tables) {
-      dump += "[" + table + "]\n";
-      sqlite3_prepare_v2(db, ("select * from \"" + table + "\"").c_str(), -1, &stmt, nullptr);
-      while (sqlite3_step(stmt) == SQLITE_ROW) {
-        for (int i = 0; i < sqlite3_column_count(stmt); ++i) {
-          const unsigned char* text = sqlite3_column_text(stmt, i);
-          dump += (text != nullptr ? reinterpret_cast<const char*>(text) : "NULL") + std::string("|");
-        }
-        dump += "\n";
-      }
-      sqlite3_finalize(stmt);
-    }
-    sqlite3_close(db);
-    return dump;
-  }
-
-  void SetConfig(std::u16string_view key, std::u16string_view value) const {
-    std::string path = DataFile("DBConfig.ini");
-    std::u16string text(value);
-    ASSERT_TRUE(WriteProfileString(std::u16string(path.begin(), path.end()), u"DBConfig", key, &text));
-  }
-
-  int64_t Count(const std::string& sql) const {
-    sqlite3* db = nullptr;
-    sqlite3_open_v2(DataFile("CorvaneAppDB.db").c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-    sqlite3_stmt* stmt = nullptr;
-    int64_t count = -1;
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW) {
-      count = sqlite3_column_int64(stmt, 0);
-    }
-    sqlite3_finalize(stmt);
-    sqlite3_close(db);
-    return count;
-  }
-
-  std::vector<std::string> Calls() const { return ReadLines(m_fixture.log); }
-
-  TempDir m_dir;
-  ScopedEnv m_appData;
-  ScopedEnv m_now;
-  std::string m_fixturePath;
-  ScopedEnv m_fixtureEnv;
-  ScopedEnv m_library;
-  ScopedEnv m_debug;
-  FakeFixture m_fixture;
+// One run of the fallback order: the first update's calls of the library,
+// then, after the keys of an earlier IE merge were set, a forced update and
+// what it leaves: the debug line of the choice, whether the keys stay (only
+// reading IE or nothing keeps them), and DBConfig keys or queries with their
+// first row.
+struct Fallback {
+  const char* name;
+  FakeFixture fixture;
+  std::vector<std::string> calls;
+  const char* debugLine;
+  bool keepsIEKeys;
+  std::map<std::string, std::string> checks;
+  const char* library = "FakeVisitHarvest";
 };
 
-TEST_F(ExtractionTest, DefaultBrowserWithVisitsIsReadOnce) {
-  m_fixture.installed = {BROWSER_CHROME, BROWSER_IE};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
-  m_fixture.history[BROWSER_CHROME] = {Visit("http://a.example.com/", "2024-03-05 09:00:00.000"),
-                                       Visit("http://b.example.com/", "2024-03-04 09:00:00.000", 4)};
-  m_fixture.favorites[BROWSER_CHROME] = {FakeItem{"A", "http://a.example.com/", "Bookmarks bar", ""}};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  // Only the first update after a merge has dates to forget.
-  SetIEHistoryAdded();
+void PrintTo(const Fallback& run, std::ostream* out) { *out << run.name; }
+
+class FallbackTest : public ProviderTest, public ::testing::WithParamInterface<Fallback> {};
+
+TEST_P(FallbackTest, ReadsTheRightBrowserAndWritesItsCounters) {
+  const Fallback& run = GetParam();
+  m_fixture = run.fixture;
+  test::ScopedEnv library("CORVANE_HARVEST_LIBRARY", TestLibrary(run.library).c_str());
+  ComPtr<ICorvaneDataProviderObject> provider;
+  ASSERT_EQ(Start(&provider), S_OK);
+  EXPECT_EQ(Calls(), run.calls);
+  SetConfig("IEHistoryAdded", "2024.03.01");
+  SetConfig("IEHistoryAddedBK", "2024.02.28");
   ASSERT_EQ(provider->ForceUpdateData(), S_OK);
-
-  ExpectIEHistoryAdded(false);
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Chrome)) OK1\r\n"), std::string::npos);
-  EXPECT_EQ(DebugLogText().find("OK2"), std::string::npos);
-  EXPECT_EQ(Config(u"DefBrowser"), u"Chrome");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Chrome");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"2");
-  EXPECT_EQ(Config(u"FavoriteExtractCount"), u"1");
-  EXPECT_EQ(Count("select count(*) from THistory where Browser = 2 and HideDate = 0"), 2);
-  EXPECT_EQ(Count("select VisitCount from THistory where URL = 'http://b.example.com/'"), 4);
-  EXPECT_EQ(Count("select count(*) from TFavorite where FixedURL = 'a.example.com'"), 1);
-  // Initialize's own update and the forced one: history then favourites.
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Extract 2 1 2", "Extract 2 2 1", "Extract 2 1 2", "Extract 2 2 1"}));
-  // The second delivery was the same: nothing new was stored.
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"0");
+  EXPECT_EQ(Config("IEHistoryAdded") + " " + Config("IEHistoryAddedBK"),
+            run.keepsIEKeys ? "2024.03.01 2024.02.28" : "<absent> <absent>");
+  EXPECT_NE(DebugLog().find(std::string("!!!! ") + run.debugLine + "\r\n"), std::string::npos) << DebugLog();
+  for (const auto& [key, value] : run.checks) {
+    EXPECT_EQ(key.rfind("select", 0) == 0 ? Scalar(key) : Config(key), value) << key;
+  }
 }
 
-TEST_F(ExtractionTest, EmptyDefaultFallsBackToIEAndMerges) {
-  m_fixture.installed = {BROWSER_CHROME, BROWSER_IE};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
-  m_fixture.history[BROWSER_IE] = {Visit("http://ie.example.com/", "2024-03-05 08:00:00.000", 3)};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  // Chrome is not IE: both keys go before anything is delivered, and the
-  // first merge adds no visit that would write them again.
-  SetIEHistoryAdded();
-  ASSERT_EQ(provider->ForceUpdateData(), S_OK);
-  ExpectIEHistoryAdded(false);
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(IE)) OK2\r\n"), std::string::npos);
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"1");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"IE");
-  EXPECT_EQ(Config(u"DefBrowser"), u"Chrome");
-  // The first merge only takes the snapshot.
-  EXPECT_EQ(Count("select count(*) from TIEHistory"), 1);
-  EXPECT_EQ(Count("select count(*) from THistory"), 0);
-  EXPECT_EQ(Config(u"IEInitialized"), u"2024.03.05");
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"1");
-  // Chrome is asked first, then IE from the fallback order (twice: once for
-  // Initialize, once forced).
-  std::vector<std::string> calls = Calls();
-  ASSERT_GE(calls.size(), 3u);
-  EXPECT_EQ(calls[0], "Extract 2 1 0");
-  EXPECT_EQ(calls[1], "Extract 1 1 1");
-  EXPECT_EQ(calls[2], "Extract 1 2 0");
-}
+const Fallback kFallbacks[] = {
+    // The second delivery is the same: nothing new is stored.
+    {"ChromeDefaultWithVisits",
+     {.installed = {BROWSER_CHROME, BROWSER_IE},
+      .defaultBrowser = BROWSER_CHROME,
+      .history = {{BROWSER_CHROME, {Item("http://a.example.com/", "2024-03-05 09:00:00.000"),
+                                    Item("http://b.example.com/", "2024-03-04 09:00:00.000", 4)}}},
+      .favorites = {{BROWSER_CHROME, {FakeItem{"A", "http://a.example.com/", "Bookmarks bar", ""}}}}},
+     {"Extract 2 1 2", "Extract 2 2 1"}, "ExtractHistory(Chrome)) OK1", false,
+     {{"DefBrowser", "Chrome"}, {"ExtractBrowser", "Chrome"}, {"HitoryExtractCount", "2"},
+      {"FavoriteExtractCount", "1"}, {"AddHistoryCount", "0"},
+      {"select count(*) from THistory where Browser = 2 and HideDate = 0", "2"},
+      {"select VisitCount from THistory where URL = 'http://b.example.com/'", "4"},
+      {"select count(*) from TFavorite where FixedURL = 'a.example.com'", "1"}}},
+    // Chrome is asked first, then IE, first in the fallback order; the
+    // first merge only takes the snapshot.
+    {"ChromeEmptyAndIEInstalledMergesOnIE",
+     {.installed = {BROWSER_CHROME, BROWSER_IE},
+      .defaultBrowser = BROWSER_CHROME,
+      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 08:00:00.000", 3)}}}},
+     {"Extract 2 1 0", "Extract 1 1 1", "Extract 1 2 0"}, "ExtractHistory(IE)) OK2", false,
+     {{"DefBrowser", "Chrome"}, {"ExtractBrowser", "IE"}, {"HitoryExtractCount", "1"}, {"IEInitialized", "2024.03.10"},
+      {"AddHistoryCount", "1"}, {"select count(*) from TIEHistory", "1"}, {"select count(*) from THistory", "0"}}},
+    // IE read as the default keeps the keys while its merge adds nothing.
+    {"IEDefaultWithVisits",
+     {.installed = {BROWSER_IE},
+      .defaultBrowser = BROWSER_IE,
+      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 08:00:00.000", 3)}}}},
+     {"Extract 1 1 1", "Extract 1 2 0"}, "ExtractHistory(IE)) OK1", true,
+     {{"ExtractBrowser", "IE"}, {"HitoryExtractCount", "1"}, {"select count(*) from TIEHistory", "1"}}},
+    {"IEDefaultDeliversNothingIsAskedTwiceThen360",
+     {.installed = {BROWSER_IE, BROWSER_360},
+      .defaultBrowser = BROWSER_IE,
+      .history = {{BROWSER_360, {Item("http://360.example.com/", "2024-03-05 08:00:00.000")}}}},
+     {"Extract 1 1 0", "Extract 1 1 0", "Extract 4 1 1", "Extract 4 2 0"}, "ExtractHistory(360)) OK2", false,
+     {{"DefBrowser", "IE"}, {"ExtractBrowser", "360"}, {"HitoryExtractCount", "1"},
+      {"select count(*) from THistory where Browser = 4", "1"}}},
+    {"NothingInstalledStoresAnEmptyDelivery", {}, {"Extract 0 1 0", "Extract 0 2 0"}, "ExtractHistory(Unknown)) OK3", true,
+     {{"DefBrowser", "Unknown"}, {"ExtractBrowser", "Unknown"}, {"HitoryExtractCount", "0"}, {"AddHistoryCount", "0"}}},
+    // Not tried again in the fallback; Firefox delivers nothing either; so
+    // Maxhon comes back for the final, empty delivery.
+    {"MaxhonIsReadOnlyAsTheDefault",
+     {.installed = {BROWSER_MAXHON, BROWSER_FIREFOX}, .defaultBrowser = BROWSER_MAXHON},
+     {"Extract 32 1 0", "Extract 64 1 0", "Extract 32 1 0", "Extract 32 2 0"}, "ExtractHistory(Maxhon)) OK3", false,
+     {{"ExtractBrowser", "Maxhon"}, {"HitoryExtractCount", "0"}}},
+    {"ValueOutsideTheBrowserTableIsAskedAndNamedUnknown",
+     {.defaultBrowser = 0x1000, .history = {{0x1000, {Item("http://odd.example.com/", "2024-03-05 08:00:00.000")}}}},
+     {"Extract 4096 1 1", "Extract 4096 2 0"}, "ExtractHistory(Unknown)) OK1", false,
+     {{"DefBrowser", "Unknown"}, {"ExtractBrowser", "Unknown"}, {"HitoryExtractCount", "1"},
+      {"select count(*) from THistory where Browser = 4096", "1"}}},
+    {"WithoutGetDefautBrowserTheFallbackOrderDecides",
+     {.installed = {BROWSER_CHROME},
+      .defaultBrowser = BROWSER_IE,  // never asked
+      .history = {{BROWSER_CHROME, {Item("http://a.example.com/", "2024-03-05 09:00:00.000")}},
+                  {BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 09:00:00.000")}}}},
+     {"Extract 2 1 1", "Extract 2 2 0"}, "ExtractHistory(Chrome)) OK2", false,
+     {{"DefBrowser", "Unknown"}, {"ExtractBrowser", "Chrome"}, {"HitoryExtractCount", "1"}},
+     "NoDefaultBrowserHarvest"},
+    {"WithoutIsBrowserInstalledThereIsNoFallback",
+     {.installed = {BROWSER_CHROME, BROWSER_IE},
+      .defaultBrowser = BROWSER_CHROME,
+      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 09:00:00.000")}}}},
+     {"Extract 2 1 0", "Extract 2 1 0", "Extract 2 2 0"}, "ExtractHistory(Chrome)) OK3", false,
+     {{"DefBrowser", "Chrome"}, {"ExtractBrowser", "Chrome"}, {"HitoryExtractCount", "0"},
+      {"select count(*) from TIEHistory", "0"}},
+     "NoInstalledHarvest"},
+    // With no default either, the last delivery is asked of browser 0.
+    {"WithoutIsBrowserInstalledOrADefaultBrowserZeroIsAsked",
+     {.installed = {BROWSER_CHROME, BROWSER_IE},
+      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 09:00:00.000")}}}},
+     {"Extract 0 1 0", "Extract 0 2 0"}, "ExtractHistory(Unknown)) OK3", true,
+     {{"ExtractBrowser", "Unknown"}, {"HitoryExtractCount", "0"}}, "NoInstalledHarvest"},
+};
 
-TEST_F(ExtractionTest, IEDefaultWithoutVisitsIsAskedTwiceThen360Delivers) {
-  m_fixture.installed = {BROWSER_IE, BROWSER_360};
-  m_fixture.defaultBrowser = BROWSER_IE;
-  m_fixture.history[BROWSER_360] = {Visit("http://360.example.com/", "2024-03-05 08:00:00.000")};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Extract 1 1 0", "Extract 1 1 0", "Extract 4 1 1", "Extract 4 2 0"}));
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"360");
-  EXPECT_EQ(Config(u"DefBrowser"), u"IE");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"1");
-  EXPECT_EQ(Count("select count(*) from THistory where Browser = 4"), 1);
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(360)) OK2\r\n"), std::string::npos);
-}
+INSTANTIATE_TEST_SUITE_P(Scenarios, FallbackTest, ::testing::ValuesIn(kFallbacks),
+                         [](const auto& scenario) { return std::string(scenario.param.name); });
 
-TEST_F(ExtractionTest, NothingInstalledStoresAnEmptyDelivery) {
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  // No browser other than IE is read: the keys of the last merge stay.
-  SetIEHistoryAdded();
-  ASSERT_EQ(provider->ForceUpdateData(), S_OK);
-  ExpectIEHistoryAdded(true);
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Unknown)) OK3\r\n"), std::string::npos);
-  EXPECT_EQ(Config(u"DefBrowser"), u"Unknown");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Unknown");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"0");
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"0");
-  std::vector<std::string> calls = Calls();
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_EQ(calls[0], "Extract 0 1 0");
-  EXPECT_EQ(calls[1], "Extract 0 2 0");
-}
+class ExtractionTest : public ProviderTest {};
 
-TEST_F(ExtractionTest, MaxhonIsReadOnlyAsTheDefault) {
-  m_fixture.installed = {BROWSER_MAXHON, BROWSER_FIREFOX};
-  m_fixture.defaultBrowser = BROWSER_MAXHON;
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  // Not tried again in the fallback; Firefox delivers nothing either; so
-  // Maxhon comes back for the final, empty delivery.
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Extract 32 1 0", "Extract 64 1 0", "Extract 32 1 0", "Extract 32 2 0"}));
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Maxhon");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"0");
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Maxhon)) OK3\r\n"), std::string::npos);
-}
-
-TEST_F(ExtractionTest, ValueOutsideTheTableIsAskedAndNamedUnknown) {
-  m_fixture.defaultBrowser = 0x1000;
-  m_fixture.history[0x1000] = {Visit("http://odd.example.com/", "2024-03-05 08:00:00.000")};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  EXPECT_EQ(Config(u"DefBrowser"), u"Unknown");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Unknown");
-  EXPECT_EQ(Count("select count(*) from THistory where Browser = 4096"), 1);
-  EXPECT_EQ(Calls().front(), "Extract 4096 1 1");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"1");
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Unknown)) OK1\r\n"), std::string::npos);
-}
-
-TEST_F(ExtractionTest, SecondIEMergeAddsTheNewVisits) {
-  m_fixture.installed = {BROWSER_IE};
-  m_fixture.defaultBrowser = BROWSER_IE;
-  m_fixture.history[BROWSER_IE] = {Visit("http://ie.example.com/", "2024-03-04 08:00:00.000", 3)};
-  ASSERT_EQ(Update(), S_OK);
-  // IE itself is read: the keys stay while a merge adds nothing.
-  SetIEHistoryAdded();
-  ASSERT_EQ(Update(), S_OK);
-  ExpectIEHistoryAdded(true);
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"1");
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(IE)) OK1\r\n"), std::string::npos);
-  m_fixture.history[BROWSER_IE] = {Visit("http://ie.example.com/", "2024-03-05 08:00:00.000", 5)};
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Count("select VisitCount from THistory where URL = 'http://ie.example.com/' and Browser = 1"), 2);
-  EXPECT_EQ(Config(u"IEHistoryAdded"), u"2024.03.05");
-  EXPECT_EQ(Config(u"IEHistoryAddedBK"), u"2024.03.01");
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"1");
-  EXPECT_EQ(Count("select VisitCount from TIEHistory"), 5);
-}
-
-// ---- A library without one of the browser queries ----
-
-TEST_F(ExtractionTest, WithoutGetDefautBrowserTheFallbackOrderDecides) {
-  m_fixture.installed = {BROWSER_CHROME};
-  m_fixture.defaultBrowser = BROWSER_IE;  // never asked
-  m_fixture.history[BROWSER_CHROME] = {Visit("http://a.example.com/", "2024-03-05 09:00:00.000")};
-  m_fixture.history[BROWSER_IE] = {Visit("http://ie.example.com/", "2024-03-05 09:00:00.000")};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ScopedEnv library("CORVANE_HARVEST_LIBRARY", NoDefaultBrowserHarvestLibrary().c_str());
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  EXPECT_EQ(Config(u"DefBrowser"), u"Unknown");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Chrome");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"1");
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Extract 2 1 1", "Extract 2 2 0"}));
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Chrome)) OK2\r\n"), std::string::npos);
-}
-
-TEST_F(ExtractionTest, WithoutIsBrowserInstalledThereIsNoFallback) {
-  m_fixture.installed = {BROWSER_CHROME, BROWSER_IE};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
-  m_fixture.history[BROWSER_IE] = {Visit("http://ie.example.com/", "2024-03-05 09:00:00.000")};
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ScopedEnv library("CORVANE_HARVEST_LIBRARY", NoInstalledHarvestLibrary().c_str());
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
-  EXPECT_EQ(Config(u"DefBrowser"), u"Chrome");
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Chrome");
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"0");
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Extract 2 1 0", "Extract 2 1 0", "Extract 2 2 0"}));
-  EXPECT_NE(DebugLogText().find("!!!! ExtractHistory(Chrome)) OK3\r\n"), std::string::npos);
-  EXPECT_EQ(Count("select count(*) from TIEHistory"), 0);
-
-  // With no default either, the last delivery is asked of browser 0.
-  m_fixture.defaultBrowser = 0;
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ASSERT_EQ(provider->ForceUpdateData(), S_OK);
-  EXPECT_EQ(Config(u"ExtractBrowser"), u"Unknown");
-  EXPECT_EQ(Calls().back(), "Extract 0 2 0");
-}
-
-// ---- Bad items after the first update ----
-
-// The second update takes the incremental path: THistory holds a visit, so
-// only newer ones are stored, and the bad ones among them are skipped.
-TEST_F(ExtractionTest, BadItemsOfALaterDeliveryAreSkippedAndQuotesStoredAsText) {
-  m_fixture.installed = {BROWSER_CHROME};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
-  m_fixture.history[BROWSER_CHROME] = {Visit("http://a.example.com/", "2024-03-05 09:00:00.000")};
-  ASSERT_EQ(Update(), S_OK);
-  ASSERT_EQ(Count("select count(*) from THistory"), 1);
-
+TEST_F(ExtractionTest, BadItemsAreSkippedOnEveryPathAndQuotesStoredAsText) {
   const std::string name = "It's \"quoted\"; drop table THistory; --";
   const std::string url = "http://q.example.com/?a='1'&b=\"2\"";
-  FakeItem nullTexts = Visit("http://x.example.com/", "2024-03-05 10:00:00.000");
-  nullTexts.nullTexts = true;
-  FakeItem nullItem;
-  nullItem.null = true;
-  m_fixture.history[BROWSER_CHROME] = {
-      Visit("http://a.example.com/", "2024-03-05 09:00:00.000"),
-      nullItem,
-      FakeItem{"", "", "", "2024-03-05 10:00:00.000"},
-      Visit("http://month13.example.com/", "2024-13-05 10:00:00.000"),
-      Visit("http://april31.example.com/", "2024-04-31 10:00:00.000"),
-      nullTexts,
-      FakeItem{name, url, "", "2024-03-05 10:00:00.000"},
-      FakeItem{"", "http://noname.example.com/", "", "2024-03-05 11:00:00.000"},
+  const std::string quoted = "Name = 'It''s \"quoted\"; drop table THistory; --' and URL = 'http://q.example.com/?a=''1''&b=\"2\"'";
+  auto deliver = [&](uint32_t browser, const std::string& time, int count) {
+    FakeItem nullItem{.null = true};
+    FakeItem nullTexts = Item("http://x.example.com/", time);
+    nullTexts.nullTexts = true;
+    m_fixture.history = {{browser,
+                          {nullItem, FakeItem{"", "", "", time, count}, Item("http://month13.example.com/", "2024-13-05 10:00:00.000", count),
+                           Item("http://april31.example.com/", "2024-04-31 10:00:00.000", count),
+                           Item("http://feb29.example.com/", "2023-02-29 10:00:00.000", count), nullTexts,
+                           FakeItem{name, url, "", time, count}, FakeItem{"", "http://noname.example.com/", "", time, count}}}};
+    EXPECT_EQ(Update(), S_OK);
+    EXPECT_EQ(Config("HitoryExtractCount"), "8");
   };
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"8");
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"2");
-  EXPECT_EQ(Count("select count(*) from THistory"), 3);
-  EXPECT_EQ(Count("select count(*) from THistory where Name = 'It''s \"quoted\"; drop table THistory; --' and "
-                  "URL = 'http://q.example.com/?a=''1''&b=\"2\"'"),
-            1);
-  EXPECT_EQ(Count("select count(*) from THistory where Name = '' and URL = 'http://noname.example.com/'"), 1);
+  // Today's first update, which Initialize runs, delivers nothing; each
+  // delivery below is then stored by one forced update.
+  ASSERT_EQ(Start(), S_OK);
+  deliver(BROWSER_CHROME, "2024-03-05 10:00:00.000", 1);
+  EXPECT_EQ(Config("AddHistoryCount"), "2");
+  deliver(BROWSER_CHROME, "2024-03-06 10:00:00.000", 1);
+  EXPECT_EQ(Config("AddHistoryCount"), "2");
+  EXPECT_EQ(Rows("select count(*) from THistory where " + quoted), std::vector<std::string>{"2"});
+  EXPECT_EQ(Rows("select count(*) from THistory where Name = '' and URL = 'http://noname.example.com/'"),
+            std::vector<std::string>{"2"});
+  EXPECT_EQ(Scalar("select count(*) from THistory"), "4");
+
+  UseIEOnly();
+  deliver(BROWSER_IE, "2024-03-07 10:00:00.000", 2);
+  EXPECT_EQ(Scalar("select count(*) from TIEHistory"), "2");
+  deliver(BROWSER_IE, "2024-03-08 10:00:00.000", 5);
+  EXPECT_EQ(Config("AddHistoryCount") + " " + Config("IEHistoryAdded"), "2 2024.03.10");
+  EXPECT_EQ(Scalar("select VisitCount from THistory where Browser = 1 and " + quoted), "3");
+  EXPECT_EQ(Scalar("select count(*) from THistory where Browser = 1"), "2");
+  EXPECT_EQ(Rows("select VisitCount from TIEHistory"), (std::vector<std::string>{"5", "5"}));
 }
 
-// The same bad items through the merge of a second IE delivery: the sound
-// ones are compared with the snapshot, the others are skipped.
-TEST_F(ExtractionTest, BadItemsOfALaterIEDeliveryAreSkippedByTheMerge) {
-  m_fixture.installed = {BROWSER_IE};
-  m_fixture.defaultBrowser = BROWSER_IE;
-  const std::string name = "It's \"quoted\"";
-  const std::string url = "http://q.example.com/?a='1'&b=\"2\"";
-  m_fixture.history[BROWSER_IE] = {FakeItem{name, url, "", "2024-03-04 10:00:00.000", 2}};
-  ASSERT_EQ(Update(), S_OK);
-  ASSERT_EQ(Count("select count(*) from TIEHistory"), 1);
-
-  FakeItem nullTexts = Visit("http://x.example.com/", "2024-03-05 10:00:00.000");
-  nullTexts.nullTexts = true;
-  FakeItem nullItem;
-  nullItem.null = true;
-  m_fixture.history[BROWSER_IE] = {
-      nullItem,
-      FakeItem{"", "", "", "2024-03-05 10:00:00.000", 4},
-      Visit("http://month13.example.com/", "2024-13-05 10:00:00.000", 4),
-      Visit("http://april31.example.com/", "2024-04-31 10:00:00.000", 4),
-      nullTexts,
-      FakeItem{name, url, "", "2024-03-05 10:00:00.000", 5},
-  };
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Config(u"HitoryExtractCount"), u"6");
-  EXPECT_EQ(Config(u"AddHistoryCount"), u"1");
-  EXPECT_EQ(Config(u"IEHistoryAdded"), u"2024.03.05");
-  EXPECT_EQ(Count("select VisitCount from THistory where Browser = 1 and "
-                  "URL = 'http://q.example.com/?a=''1''&b=\"2\"' and Name = 'It''s \"quoted\"'"),
-            3);
-  EXPECT_EQ(Count("select count(*) from THistory"), 1);
-  EXPECT_EQ(Count("select count(*) from TIEHistory"), 1);
-  EXPECT_EQ(Count("select VisitCount from TIEHistory"), 5);
-}
-
-TEST_F(ExtractionTest, FavouritesWithNullAndEmptyTextsAreOneRow) {
-  m_fixture.installed = {BROWSER_CHROME};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
+TEST_F(ExtractionTest, FavouritesWithNullAndEmptyTextsAreOneRowOfEmptyTexts) {
   FakeItem nullTexts{"x", "http://x.example.com/", "y", ""};
   nullTexts.nullTexts = true;
-  FakeItem nullItem;
-  nullItem.null = true;
-  m_fixture.favorites[BROWSER_CHROME] = {nullTexts, FakeItem{"", "", "", ""}, nullItem,
+  m_fixture.favorites[BROWSER_CHROME] = {nullTexts, FakeItem{"", "", "", ""}, FakeItem{.null = true},
                                          FakeItem{"", "http://example.com/", "", ""}};
+  // Two deliveries: the second finds both rows again.
   ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Config(u"FavoriteExtractCount"), u"4");
-  EXPECT_EQ(Count("select count(*) from TFavorite"), 2);
-  EXPECT_EQ(Count("select count(*) from TFavorite where Name = '' and URL = '' and Path = ''"), 1);
-  EXPECT_EQ(Count("select count(*) from TFavorite where FixedURL = 'example.com'"), 1);
+  EXPECT_EQ(Config("FavoriteExtractCount"), "4");
+  EXPECT_EQ(Scalar("select count(*) from TFavorite"), "2");
+  EXPECT_EQ(Scalar("select count(*) from TFavorite where Name = '' and URL = '' and FixedURL = '' and Path = ''"), "1");
+  EXPECT_EQ(Scalar("select count(*) from TFavorite where FixedURL = 'example.com'"), "1");
 }
 
-class BrokenLibraryTest : public ExtractionTest {
- protected:
-  // An update whose library is broken changes no stamp and stores nothing.
-  void ExpectUpdateFails(const char* library) {
-    m_fixture.installed = {BROWSER_CHROME};
-    m_fixture.defaultBrowser = BROWSER_CHROME;
-    m_fixture.history[BROWSER_CHROME] = {Visit("http://a.example.com/", "2024-03-05 09:00:00.000")};
-    ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-    ScopedEnv broken("CORVANE_HARVEST_LIBRARY", library);
-    ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-    EXPECT_EQ(provider->Initialize(nullptr), E_FAIL);
-    EXPECT_EQ(provider->ForceUpdateData(), E_FAIL);
-    EXPECT_EQ(Config(u"LastUpdate"), kAbsent);
-    EXPECT_EQ(Count("select count(*) from THistory"), 0);
-  }
-};
-
-TEST_F(BrokenLibraryTest, MissingLibraryFailsTheUpdate) { ExpectUpdateFails("/nonexistent/libVisitHarvest.so"); }
-
-TEST_F(BrokenLibraryTest, LibraryWithoutFactoryFailsTheUpdate) {
-  ExpectUpdateFails(NoFactoryHarvestLibrary().c_str());
-}
-
-TEST_F(BrokenLibraryTest, FactoryThatSaysNoFailsTheUpdate) {
-  m_fixture.failCreate = true;
-  ExpectUpdateFails(FakeHarvestLibrary().c_str());
-}
-
-// After a successful update, a broken library changes neither the stamp
-// nor any stored row, and the next Initialize tries again.
-TEST_F(BrokenLibraryTest, BrokenLibraryAfterASuccessfulUpdateLeavesStampAndRows) {
-  m_fixture.installed = {BROWSER_CHROME};
-  m_fixture.defaultBrowser = BROWSER_CHROME;
-  m_fixture.history[BROWSER_CHROME] = {Visit("http://a.example.com/", "2024-03-04 09:00:00.000", 3),
-                                       Visit("http://b.example.com/", "2024-03-05 09:00:00.000")};
+// A missing library, one without the factory and a factory that says no
+// fail the update: on a fresh folder, and after a successful update, whose
+// stamps and rows stay as they were. The next good library updates again.
+TEST_F(ExtractionTest, BrokenLibraryFailsTheUpdateAndChangesNothing) {
+  m_fixture.history[BROWSER_CHROME] = {Item("http://a.example.com/", "2024-03-04 09:00:00.000", 3),
+                                       Item("http://b.example.com/", "2024-03-05 09:00:00.000")};
   m_fixture.favorites[BROWSER_CHROME] = {FakeItem{"A", "http://a.example.com/", "Bar", ""}};
-  ASSERT_EQ(Update(), S_OK);
-  const std::u16string stamp = Config(u"LastUpdate");
-  ASSERT_EQ(stamp, u"2024.03.05 2 20:00:00.000");
-  const std::u16string before = Config(u"LastUpdateBK");
-  const std::string rows = DumpTables();
-  ASSERT_NE(rows.find("http://b.example.com/"), std::string::npos);
+  auto dump = [this] {
+    std::string all = Config("LastUpdate") + "|" + Config("LastUpdateBK") + "\n";
+    for (const std::string& table : Rows("select name from sqlite_master where type = 'table' order by name")) {
+      for (const std::string& row : Rows("select * from \"" + table + "\"")) all += table + ":" + row + "\n";
+    }
+    return all;
+  };
+  auto expectFails = [&](const std::string& before) {
+    for (const char* library : {"NoSuchHarvest", "NoFactoryHarvest", "FakeVisitHarvest"}) {
+      SCOPED_TRACE(library);
+      m_fixture.failCreate = std::string(library) == "FakeVisitHarvest";
+      test::ScopedEnv env("CORVANE_HARVEST_LIBRARY", TestLibrary(library).c_str());
+      ComPtr<ICorvaneDataProviderObject> provider;
+      EXPECT_EQ(Start(&provider), E_FAIL);
+      EXPECT_EQ(provider->ForceUpdateData(), E_FAIL);
+      EXPECT_EQ(dump(), before);
+    }
+    m_fixture.failCreate = false;
+  };
+  // A fresh folder gets no stamp and no row in any table.
+  expectFails(std::string(kAbsent) + "|" + kAbsent + "\n");
+  ASSERT_EQ(Start(), S_OK);
+  ASSERT_EQ(Config("LastUpdate"), "2024.03.10 0 20:00:00.000");
+  ASSERT_EQ(Scalar("select count(*) from THistory"), "2");
 
-  ScopedEnv nextDay("CORVANE_TEST_NOW", "2024-03-06 08:00:00");
-  m_fixture.history[BROWSER_CHROME].push_back(Visit("http://c.example.com/", "2024-03-06 07:00:00.000"));
-  const std::string missing = m_dir.File("no-such-library.so");
-  const struct {
-    const char* library;
-    bool failCreate;
-  } broken[] = {{missing.c_str(), false}, {nullptr, false}, {nullptr, true}};
-  const std::string noFactory = NoFactoryHarvestLibrary();
-  const std::string scripted = FakeHarvestLibrary();
-  for (size_t i = 0; i < std::size(broken); ++i) {
-    SCOPED_TRACE(i);
-    m_fixture.failCreate = broken[i].failCreate;
-    ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-    const char* library = broken[i].library != nullptr ? broken[i].library
-                          : broken[i].failCreate       ? scripted.c_str()
-                                                       : noFactory.c_str();
-    ScopedEnv env("CORVANE_HARVEST_LIBRARY", library);
-    ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-    EXPECT_EQ(provider->Initialize(nullptr), E_FAIL);
-    EXPECT_EQ(Config(u"LastUpdate"), stamp);
-    EXPECT_EQ(Config(u"LastUpdateBK"), before);
-    EXPECT_EQ(DumpTables(), rows);
-  }
-  m_fixture.failCreate = false;
-  ASSERT_TRUE(m_fixture.Write(m_fixturePath));
-  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
-  EXPECT_EQ(provider->Initialize(nullptr), S_OK);
-  EXPECT_EQ(Config(u"LastUpdate"), u"2024.03.06 3 08:00:00.000");
-  EXPECT_EQ(Config(u"LastUpdateBK"), stamp);
-  EXPECT_EQ(Count("select count(*) from THistory where URL = 'http://c.example.com/'"), 1);
+  test::ScopedEnv nextDay("CORVANE_TEST_NOW", "2024-03-11 08:00:00");
+  m_fixture.history[BROWSER_CHROME].push_back(Item("http://c.example.com/", "2024-03-11 07:00:00.000"));
+  expectFails(dump());
+  ASSERT_EQ(Start(), S_OK);
+  EXPECT_EQ(Config("LastUpdate") + " / " + Config("LastUpdateBK"), "2024.03.11 1 08:00:00.000 / 2024.03.10 0 20:00:00.000");
+  EXPECT_EQ(Scalar("select count(*) from THistory where URL = 'http://c.example.com/'"), "1");
 }
 
 }  // namespace

@@ -12,23 +12,17 @@ namespace {
 Json::Value ItemsToJson(const std::map<uint32_t, std::vector<FakeItem>>& items) {
   Json::Value out(Json::objectValue);
   for (const auto& [browser, list] : items) {
-    Json::Value array(Json::arrayValue);
+    Json::Value& array = out[std::to_string(browser)] = Json::Value(Json::arrayValue);
     for (const FakeItem& item : list) {
-      if (item.null) {
-        array.append(Json::Value());
-        continue;
-      }
       Json::Value value;
       value["name"] = item.name;
       value["url"] = item.url;
       value["path"] = item.path;
       value["time"] = item.time;
       value["count"] = item.count;
-      if (item.browser != 0) value["browser"] = item.browser;
-      if (item.nullTexts) value["null_texts"] = true;
-      array.append(value);
+      value["null_texts"] = item.nullTexts;
+      array.append(item.null ? Json::Value() : value);
     }
-    out[std::to_string(browser)] = array;
   }
   return out;
 }
@@ -42,26 +36,13 @@ bool FakeFixture::Write(const std::string& path) const {
   root["default"] = defaultBrowser;
   root["history"] = ItemsToJson(history);
   root["favorites"] = ItemsToJson(favorites);
-  if (!log.empty()) root["log"] = log;
+  root["log"] = log;
   root["fail_create"] = failCreate;
   std::ofstream out(path, std::ios::trunc);
   out << Json::writeString(Json::StreamWriterBuilder(), root);
   return static_cast<bool>(out);
 }
 
-std::vector<std::string> ReadLines(const std::string& path) {
-  std::vector<std::string> lines;
-  std::ifstream in(path);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::string FakeHarvestLibrary() { return test::BuildLibDir() + "/libFakeVisitHarvest.so"; }
-
-std::string NoFactoryHarvestLibrary() { return test::BuildLibDir() + "/libNoFactoryHarvest.so"; }
-
-std::string NoDefaultBrowserHarvestLibrary() { return test::BuildLibDir() + "/libNoDefaultBrowserHarvest.so"; }
-
-std::string NoInstalledHarvestLibrary() { return test::BuildLibDir() + "/libNoInstalledHarvest.so"; }
+std::string TestLibrary(const std::string& name) { return test::BuildLibDir() + "/lib" + name + ".so"; }
 
 }  // namespace corvane::testing

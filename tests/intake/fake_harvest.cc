@@ -15,142 +15,60 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include "corvane/VisitHarvest.h"
+#include "intake/scripted_extractor.h"
 
 namespace {
 
+using corvane::testing::ScriptedExtractor;
+using corvane::testing::ScriptedItem;
+
 Json::Value ReadFixture() {
   const char* path = std::getenv("CORVANE_FAKE_HARVEST_FIXTURE");
-  if (path == nullptr) return Json::Value(Json::objectValue);
-  std::ifstream in(path);
+  std::ifstream in(path != nullptr ? path : "");
   Json::Value root;
-  Json::CharReaderBuilder builder;
   std::string errors;
-  if (!in || !Json::parseFromStream(builder, in, &root, &errors) || !root.isObject()) {
+  if (!in || !Json::parseFromStream(Json::CharReaderBuilder(), in, &root, &errors) || !root.isObject()) {
     return Json::Value(Json::objectValue);
   }
   return root;
 }
 
-std::u16string Widen(const std::string& utf8) {
-  // Fixture texts are ASCII or UTF-8 from BMP code points.
-  std::u16string out;
-  for (size_t i = 0; i < utf8.size();) {
-    unsigned char c = static_cast<unsigned char>(utf8[i]);
-    char32_t cp = c;
-    size_t len = 1;
-    if (c >= 0xE0 && i + 2 < utf8.size()) {
-      cp = ((c & 0x0F) << 12) | ((utf8[i + 1] & 0x3F) << 6) | (utf8[i + 2] & 0x3F);
-      len = 3;
-    } else if (c >= 0xC0 && i + 1 < utf8.size()) {
-      cp = ((c & 0x1F) << 6) | (utf8[i + 1] & 0x3F);
-      len = 2;
-    }
-    out.push_back(static_cast<char16_t>(cp));
-    i += len;
-  }
-  return out;
+// Fixture texts are ASCII.
+std::u16string Text(const Json::Value& item, const char* member) {
+  std::string text = item[member].asString();
+  return std::u16string(text.begin(), text.end());
 }
 
-// Day of the week of a valid date (Sunday 0); 0 for an invalid one.
-uint16_t WeekDay(int year, int month, int day) {
-  if (month < 1 || month > 12 || day < 1) return 0;
-  static const int kOffsets[] = {0, 3, 2, 5, 0, 3, 5, 1, 4, 6, 2, 4};
-  if (month < 3) year -= 1;
-  return static_cast<uint16_t>((year + year / 4 - year / 100 + year / 400 + kOffsets[month - 1] + day) % 7);
-}
-
+// "YYYY-MM-DD HH:MM:SS.mmm", the fields taken as they stand; weekday 0.
 SYSTEMTIME ParseTime(const std::string& text) {
-  SYSTEMTIME time{};
-  unsigned year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, ms = 0;
-  std::sscanf(text.c_str(), "%u-%u-%u %u:%u:%u.%u", &year, &month, &day, &hour, &minute, &second, &ms);
-  time.wYear = static_cast<uint16_t>(year);
-  time.wMonth = static_cast<uint16_t>(month);
-  time.wDay = static_cast<uint16_t>(day);
-  time.wHour = static_cast<uint16_t>(hour);
-  time.wMinute = static_cast<uint16_t>(minute);
-  time.wSecond = static_cast<uint16_t>(second);
-  time.wMilliseconds = static_cast<uint16_t>(ms);
-  time.wDayOfWeek = WeekDay(static_cast<int>(year), static_cast<int>(month), static_cast<int>(day));
-  return time;
+  unsigned f[7] = {};
+  std::sscanf(text.c_str(), "%u-%u-%u %u:%u:%u.%u", &f[0], &f[1], &f[2], &f[3], &f[4], &f[5], &f[6]);
+  auto field = [&f](int i) { return static_cast<uint16_t>(f[i]); };
+  return SYSTEMTIME{field(0), field(1), 0, field(2), field(3), field(4), field(5), field(6)};
 }
 
-class FakeItem final : public IExtractItem {
- public:
-  FakeItem(const Json::Value& item, uint32_t browser)
-      : m_name(Widen(item.get("name", "").asString())),
-        m_url(Widen(item.get("url", "").asString())),
-        m_path(Widen(item.get("path", "").asString())),
-        m_time(ParseTime(item.get("time", "").asString())),
-        m_count(item.get("count", 1).asInt()),
-        m_browser(item.get("browser", browser).asUInt()),
-        m_nullTexts(item.get("null_texts", false).asBool()) {}
-
-  uint32_t GetKind() override { return 0; }
-  uint32_t GetBrowser() override { return m_browser; }
-  uint32_t GetTypedCount() override { return 0; }
-  void GetVisitTime(SYSTEMTIME* lpTime) override {
-    if (lpTime != nullptr) *lpTime = m_time;
-  }
-  const char16_t* GetName() override { return m_nullTexts ? nullptr : m_name.c_str(); }
-  const char16_t* GetURL() override { return m_nullTexts ? nullptr : m_url.c_str(); }
-  const char16_t* GetPath() override { return m_nullTexts ? nullptr : m_path.c_str(); }
-  int32_t GetVisitCount() override { return m_count; }
-
- private:
-  std::u16string m_name;
-  std::u16string m_url;
-  std::u16string m_path;
-  SYSTEMTIME m_time;
-  int32_t m_count;
-  uint32_t m_browser;
-  bool m_nullTexts;  // every text a null pointer
-};
-
-class FakeExtractor final : public IExtractor {
+class FakeExtractor final : public ScriptedExtractor {
  public:
   void Destroy() override { delete this; }
-  uint32_t GetCount() override { return static_cast<uint32_t>(m_items.size()); }
-  uint32_t GetBrowser() override { return m_browser; }
-  bool GetNextItem(IExtractItem** lppItem) override { return GetItem(m_next++, lppItem); }
-  bool GetItem(uint32_t uIndex, IExtractItem** lppItem) override {
-    if (lppItem == nullptr || uIndex >= m_items.size()) return false;
-    *lppItem = m_items[uIndex].get();
-    return true;
-  }
-  void FreeItems() override {
-    m_items.clear();
-    m_next = 0;
-  }
   bool Extract(uint32_t uBrowser, uint32_t uKind) override {
     FreeItems();
-    m_browser = uBrowser;
-    Json::Value fixture = ReadFixture();
-    const char* member = uKind == EXTRACT_HISTORY ? "history" : "favorites";
-    const Json::Value& items = fixture[member][std::to_string(uBrowser)];
-    for (const Json::Value& item : items) {
-      m_items.push_back(item.isNull() ? nullptr : std::make_unique<FakeItem>(item, uBrowser));
+    ScriptedExtractor::Extract(uBrowser, uKind);
+    const Json::Value fixture = ReadFixture();
+    for (const Json::Value& item : fixture[uKind == EXTRACT_HISTORY ? "history" : "favorites"][std::to_string(uBrowser)]) {
+      if (item.isNull()) {
+        items.push_back(nullptr);
+        continue;
+      }
+      items.push_back(std::make_unique<ScriptedItem>(Text(item, "name"), Text(item, "url"),
+                                                     ParseTime(item["time"].asString()), item.get("count", 1).asInt(),
+                                                     uBrowser, Text(item, "path")));
+      items.back()->nullTexts = item["null_texts"].asBool();
     }
-    Log(fixture, uBrowser, uKind);
+    std::string log = fixture["log"].asString();
+    if (!log.empty()) std::ofstream(log, std::ios::app) << "Extract " << uBrowser << " " << uKind << " " << items.size() << "\n";
     return true;
   }
-
- private:
-  void Log(const Json::Value& fixture, uint32_t uBrowser, uint32_t uKind) const {
-    std::string path = fixture.get("log", "").asString();
-    if (path.empty()) return;
-    std::ofstream out(path, std::ios::app);
-    out << "Extract " << uBrowser << " " << uKind << " " << m_items.size() << "\n";
-  }
-
-  std::vector<std::unique_ptr<FakeItem>> m_items;
-  uint32_t m_next = 0;
-  uint32_t m_browser = 0;
 };
 
 }  // namespace
@@ -158,15 +76,13 @@ class FakeExtractor final : public IExtractor {
 extern "C" {
 
 __attribute__((visibility("default"))) bool CreateVisitHarvestObj(IExtractor** lppExtractor) {
-  if (lppExtractor == nullptr || ReadFixture().get("fail_create", false).asBool()) return false;
+  if (lppExtractor == nullptr || ReadFixture()["fail_create"].asBool()) return false;
   *lppExtractor = new FakeExtractor();
   return true;
 }
 
 #ifndef FAKE_HARVEST_WITHOUT_DEFAULT_BROWSER
-__attribute__((visibility("default"))) uint32_t GetDefautBrowser() {
-  return ReadFixture().get("default", 0).asUInt();
-}
+__attribute__((visibility("default"))) uint32_t GetDefautBrowser() { return ReadFixture()["default"].asUInt(); }
 #endif
 
 #ifndef FAKE_HARVEST_WITHOUT_INSTALLED

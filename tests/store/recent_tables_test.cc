@@ -1,35 +1,22 @@
 // The recent tables from j1: white-listed hosts and rule-matched hosts as
 // named domains, the rest as recent pages.
 
-#include <gtest/gtest.h>
-
-#include "common/utf.h"
-#include "store/corvane_db.h"
+#include "store/db_fixture.h"
 #include "store/schema.h"
-#include "support/test_host.h"
 
-namespace corvane {
+namespace corvane::testing {
 namespace {
 
-class RecentTablesTest : public ::testing::Test {
+class RecentTablesTest : public DBTest {
  protected:
-  RecentTablesTest() : m_appData("CORVANE_APPDATA", m_dir.Path().c_str()) {
-    EXPECT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), false), S_OK);
+  RecentTablesTest() {
     m_db.RecreateTable(schema::kCreateHTableTemplate, schema::kJ1);
-    Exec(std::string("create table TNames(Domain TEXT,Name TEXT);"));
+    Exec("create table TNames(Domain TEXT,Name TEXT);");
   }
 
-  void J1Row(const std::string& url, const std::string& host, const std::string& mainDomain, int score,
-             int64_t time = 100) {
-    Exec("insert into j1 values('N', '" + url + "', 'http://" + url + "/', '" + mainDomain + "', '" + host + "', " +
-         std::to_string(time) + ", 1, 1, " + std::to_string(score) + ")");
-  }
-  void Exec(const std::string& sql) { ASSERT_TRUE(m_db.ExecUtf8(sql)) << sql; }
-  std::vector<std::string> Rows(const std::string& sql) {
-    std::vector<std::string> rows;
-    StatementPtr stmt = m_db.Prepare(FromUtf8(sql));
-    while (stmt && stmt->Step()) rows.push_back(ToUtf8(stmt->ColumnText16(0)));
-    return rows;
+  void J1Row(const std::string& url, const std::string& host, const std::string& mainDomain, int score) {
+    Exec("insert into j1 values('N', '" + url + "', 'http://" + url + "/', '" + mainDomain + "', '" + host +
+         "', 100, 1, 1, " + std::to_string(score) + ")");
   }
 
   // All six steps, with "blog.<main>" hosts matched by the rule.
@@ -42,25 +29,26 @@ class RecentTablesTest : public ::testing::Test {
     static_cast<void>(m_db.MergeRecentDomains());
     static_cast<void>(m_db.RestoreRecentHistory());
   }
-
-  test::TempDir m_dir;
-  test::ScopedEnv m_appData;
-  CCorvaneDB m_db;
 };
 
 TEST_F(RecentTablesTest, WhiteListedAndRuleMatchedHostsBecomeNamedDomains) {
+  // An empty j1 builds empty tables.
+  Build();
+  for (const char* table : {"TRecentDomain", "TRecentHistory", "TRecentHistory_Match"}) {
+    EXPECT_EQ(Scalar(std::string("select count(*) from ") + table), "0") << table;
+  }
   J1Row("w.com/a", "w.com", "w.com", 10);
   J1Row("w.com/b", "w.com", "w.com", 5);
   J1Row("blog.x.com/p", "blog.x.com", "x.com", 7);
-  J1Row("blog.y.com/p", "blog.y.com", "y.com", 3);  // matched, but no name
+  J1Row("blog.y.com/p", "blog.y.com", "y.com", 3);  // matched, but absent from TNames
   J1Row("plain.org/p", "plain.org", "plain.org", 1);
   J1Row("bad.net/p", "bad.net", "bad.net", 50);
   Exec("insert into TWhiteList values('W', 'w.com', 'w.com', 'W site');"
        "insert into TNames values('blog.x.com', 'X blog');"
        "insert into TBlackList values('B', 'bad.net', 'bad.net', 'B');");
   Build();
-  EXPECT_EQ(Rows("select Domain || ':' || Score || ':' || Name from TRecentDomain order by Domain"),
-            (std::vector<std::string>{"blog.x.com:7:X blog", "w.com:15:W site"}));
+  EXPECT_EQ(Rows("select Domain, Score, Name from TRecentDomain order by Domain"),
+            (std::vector<std::string>{"blog.x.com|7|X blog", "w.com|15|W site"}));
   // Pages of a rule-matched host stay among the recent pages; those of a
   // white-listed host are represented by it.
   EXPECT_EQ(Rows("select FixedURL from TRecentHistory order by FixedURL"),
@@ -68,41 +56,30 @@ TEST_F(RecentTablesTest, WhiteListedAndRuleMatchedHostsBecomeNamedDomains) {
 }
 
 TEST_F(RecentTablesTest, MergeKeepsTheBetterRowOfAHostInBothTables) {
-  Exec(std::string("create table TRecentDomain(Domain TEXT,MainDomain TEXT,LastVisitTime INTEGER,Score INTEGER,Name TEXT);") +
-       "create table TRecentDomainTemp(Domain TEXT,MainDomain TEXT,LastVisitTime INTEGER,Score INTEGER,Name TEXT);");
+  for (const char* table : {"TRecentDomain", "TRecentDomainTemp"}) {
+    Exec(std::string("create table ") + table + "(Domain TEXT,MainDomain TEXT,LastVisitTime INTEGER,Score INTEGER,Name TEXT)");
+  }
   // a: the matched row scores higher. b: equal score, the matched row is
   // later. c: a full tie. d: the listed row scores higher.
-  Exec("insert into TRecentDomain values('a', 'm', 100, 5, 'listed');"
-       "insert into TRecentDomain values('b', 'm', 100, 5, 'listed');"
-       "insert into TRecentDomain values('c', 'm', 100, 5, 'listed');"
-       "insert into TRecentDomain values('d', 'm', 100, 9, 'listed');"
-       "insert into TRecentDomainTemp values('a', 'm', 100, 6, 'matched');"
-       "insert into TRecentDomainTemp values('b', 'm', 200, 5, 'matched');"
-       "insert into TRecentDomainTemp values('c', 'm', 100, 5, 'matched');"
-       "insert into TRecentDomainTemp values('d', 'm', 300, 5, 'matched');"
-       "insert into TNames values('a', 'A named'); insert into TNames values('b', 'B named');");
+  Exec("insert into TRecentDomain values('a', 'm', 100, 5, 'listed'), ('b', 'm', 100, 5, 'listed'),"
+       "  ('c', 'm', 100, 5, 'listed'), ('d', 'm', 100, 9, 'listed');"
+       "insert into TRecentDomainTemp values('a', 'm', 100, 6, 'matched'), ('b', 'm', 200, 5, 'matched'),"
+       "  ('c', 'm', 100, 5, 'matched'), ('d', 'm', 300, 5, 'matched');"
+       "insert into TNames values('a', 'A named'), ('b', 'B named');");
   EXPECT_EQ(m_db.MergeRecentDomains(), S_OK);
-  EXPECT_EQ(Rows("select Domain || ':' || Score || ':' || Name from TRecentDomain order by Domain"),
-            (std::vector<std::string>{"a:6:A named", "b:5:B named", "c:5:listed", "d:9:listed"}));
+  EXPECT_EQ(Rows("select Domain, Score, Name from TRecentDomain order by Domain"),
+            (std::vector<std::string>{"a|6|A named", "b|5|B named", "c|5|listed", "d|9|listed"}));
 }
 
 TEST_F(RecentTablesTest, ListedTwiceWeighsTwiceAndLosesNothing) {
   // A host that stands twice in the white list gets twice its sum, and so
   // beats its matched row; the name of the rule-matched row is not used.
-  J1Row("blog.d.com/p", "blog.d.com", "d.com", 4, 100);
-  Exec("insert into TWhiteList values('D', 'd.com', 'blog.d.com', 'D listed');"
-       "insert into TWhiteList values('D', 'd.com', 'blog.d.com', 'D listed');"
+  J1Row("blog.d.com/p", "blog.d.com", "d.com", 4);
+  Exec("insert into TWhiteList values('D', 'd.com', 'blog.d.com', 'D listed'), ('D', 'd.com', 'blog.d.com', 'D listed');"
        "insert into TNames values('blog.d.com', 'D named');");
   Build();
-  EXPECT_EQ(Rows("select Score || ':' || Name from TRecentDomain"), std::vector<std::string>{"8:D listed"});
-}
-
-TEST_F(RecentTablesTest, EmptyJ1BuildsEmptyTables) {
-  Build();
-  EXPECT_TRUE(Rows("select * from TRecentDomain").empty());
-  EXPECT_TRUE(Rows("select * from TRecentHistory").empty());
-  EXPECT_TRUE(Rows("select * from TRecentHistory_Match").empty());
+  EXPECT_EQ(Rows("select Score, Name from TRecentDomain"), std::vector<std::string>{"8|D listed"});
 }
 
 }  // namespace
-}  // namespace corvane
+}  // namespace corvane::testing

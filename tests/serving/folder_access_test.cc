@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "support/test_host.h"
@@ -19,14 +18,19 @@
 namespace corvane {
 namespace {
 
+// The list in text form, one entry a line ("group:users:rwx").
 std::string AclText(const std::string& path, acl_type_t type) {
   acl_t acl = acl_get_file(path.c_str(), type);
   if (acl == nullptr) return "<error>";
   char* text = acl_to_text(acl, nullptr);
-  std::string out = text != nullptr ? text : "";
+  std::string out = text != nullptr ? "\n" + std::string(text) : "";
   acl_free(text);
   acl_free(acl);
   return out;
+}
+
+bool Has(const std::string& aclText, const std::string& entry) {
+  return aclText.find("\n" + entry + "\n") != std::string::npos;
 }
 
 class FolderAccessTest : public ::testing::Test {
@@ -40,86 +44,67 @@ class FolderAccessTest : public ::testing::Test {
     std::filesystem::create_directory(m_folder);
   }
 
+  void SetAcl(acl_type_t type, const char* text) {
+    acl_t acl = acl_from_text(text);
+    ASSERT_NE(acl, nullptr);
+    ASSERT_EQ(acl_set_file(m_folder.c_str(), type, acl), 0);
+    acl_free(acl);
+  }
+
+  static bool Grant(const std::string& path, std::u16string_view account = kUsersAccount) {
+    return GrantFolderAccess(std::u16string(path.begin(), path.end()), account, kGenericAll);
+  }
+
   test::TempDir m_dir;
   std::string m_folder;
 };
 
+// An entry of another group stands before and after; one of the group is
+// replaced, not doubled, whatever the case of the account's name.
 TEST_F(FolderAccessTest, FolderGetsAccessAndDefaultEntries) {
-  // An entry of another group stands before and after.
-  acl_t start = acl_from_text("u::rwx,g::r-x,o::---,g:root:r--,m::r-x");
-  ASSERT_NE(start, nullptr);
-  ASSERT_EQ(acl_set_file(m_folder.c_str(), ACL_TYPE_ACCESS, start), 0);
-  acl_free(start);
-
-  ASSERT_TRUE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), kUsersAccount, kGenericAll));
-  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_NE(access.find("group:users:rwx"), std::string::npos) << access;
-  EXPECT_NE(access.find("group:root:r--"), std::string::npos) << access;
-  EXPECT_NE(access.find("mask::rwx"), std::string::npos) << access;
-  EXPECT_NE(access.find("user::rwx"), std::string::npos) << access;
-  const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
-  EXPECT_NE(defaults.find("group:users:rwx"), std::string::npos) << defaults;
-  EXPECT_NE(defaults.find("user::rwx"), std::string::npos) << defaults;
+  SetAcl(ACL_TYPE_ACCESS, "u::rwx,g::r-x,o::---,g:root:r--,g:users:r--,m::r-x");
+  ASSERT_TRUE(Grant(m_folder, u"USERS"));
+  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS), defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
+  for (const char* entry : {"group:users:rwx", "group:root:r--", "mask::rwx", "user::rwx"}) {
+    EXPECT_TRUE(Has(access, entry)) << entry << " in" << access;
+  }
+  EXPECT_FALSE(Has(access, "group:users:r--")) << access;
+  EXPECT_TRUE(Has(defaults, "group:users:rwx") && Has(defaults, "user::rwx")) << defaults;
 
   // A second call changes nothing.
-  ASSERT_TRUE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), kUsersAccount, kGenericAll));
+  ASSERT_TRUE(Grant(m_folder));
   EXPECT_EQ(AclText(m_folder, ACL_TYPE_ACCESS), access);
   EXPECT_EQ(AclText(m_folder, ACL_TYPE_DEFAULT), defaults);
-
-  // A file made in the folder inherits the entry.
-  const std::string file = m_folder + "/CorvaneAppDB.db";
-  std::ofstream(file) << "x";
-  EXPECT_NE(AclText(file, ACL_TYPE_ACCESS).find("group:users:"), std::string::npos);
+  // A file made in the folder inherits the entry; a file by itself gets it.
+  std::ofstream(m_folder + "/CorvaneAppDB.db") << "x";
+  EXPECT_NE(AclText(m_folder + "/CorvaneAppDB.db", ACL_TYPE_ACCESS).find("group:users:"), std::string::npos);
+  std::ofstream(m_dir.File("plain.db")) << "x";
+  ASSERT_TRUE(Grant(m_dir.File("plain.db")));
+  EXPECT_TRUE(Has(AclText(m_dir.File("plain.db"), ACL_TYPE_ACCESS), "group:users:rwx"));
 }
 
 TEST_F(FolderAccessTest, ExistingDefaultEntriesStay) {
-  acl_t start = acl_from_text("u::rwx,g::r-x,o::---,g:root:r-x,u:root:rw-,m::rwx");
-  ASSERT_NE(start, nullptr);
-  ASSERT_EQ(acl_set_file(m_folder.c_str(), ACL_TYPE_DEFAULT, start), 0);
-  acl_free(start);
-
-  ASSERT_TRUE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), kUsersAccount, kGenericAll));
+  SetAcl(ACL_TYPE_DEFAULT, "u::rwx,g::r-x,o::---,g:root:r-x,u:root:rw-,m::rwx");
+  ASSERT_TRUE(Grant(m_folder));
   const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
-  EXPECT_NE(defaults.find("group:users:rwx"), std::string::npos) << defaults;
-  EXPECT_NE(defaults.find("group:root:r-x"), std::string::npos) << defaults;
-  EXPECT_NE(defaults.find("user:root:rw-"), std::string::npos) << defaults;
-  EXPECT_NE(defaults.find("other::---"), std::string::npos) << defaults;
+  for (const char* entry : {"group:users:rwx", "group:root:r-x", "user:root:rw-", "other::---"}) {
+    EXPECT_TRUE(Has(defaults, entry)) << entry << " in" << defaults;
+  }
   // The access list got its entry too, and kept its own base entries.
   const std::string access = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_NE(access.find("group:users:rwx"), std::string::npos) << access;
+  EXPECT_TRUE(Has(access, "group:users:rwx")) << access;
   EXPECT_EQ(access.find("group:root:"), std::string::npos) << access;
 }
 
-TEST_F(FolderAccessTest, ExistingEntryOfTheGroupIsReplacedNotDoubled) {
-  acl_t start = acl_from_text("u::rwx,g::r-x,o::---,g:users:r--,m::r-x");
-  ASSERT_EQ(acl_set_file(m_folder.c_str(), ACL_TYPE_ACCESS, start), 0);
-  acl_free(start);
-  ASSERT_TRUE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), u"USERS", kGenericAll));
-  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_NE(access.find("group:users:rwx"), std::string::npos) << access;
-  EXPECT_EQ(access.find("group:users:r--"), std::string::npos) << access;
-}
-
-TEST_F(FolderAccessTest, FileGetsNoDefaultList) {
-  const std::string file = m_dir.File("plain.db");
-  std::ofstream(file) << "x";
-  ASSERT_TRUE(GrantFolderAccess(std::u16string(file.begin(), file.end()), kUsersAccount, kGenericAll));
-  EXPECT_NE(AclText(file, ACL_TYPE_ACCESS).find("group:users:rwx"), std::string::npos);
-}
-
-TEST_F(FolderAccessTest, UnknownGroupLogsAndFails) {
+TEST_F(FolderAccessTest, UnknownGroupOrMissingPathFails) {
   const std::string log = m_dir.File("debug.log");
   test::ScopedEnv debug("CORVANE_DEBUG", log.c_str());
   const std::string before = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_FALSE(GrantFolderAccess(std::u16string(m_folder.begin(), m_folder.end()), u"NoSuchGroupQz", kGenericAll));
+  EXPECT_FALSE(Grant(m_folder, u"NoSuchGroupQz"));
   EXPECT_EQ(AclText(m_folder, ACL_TYPE_ACCESS), before);
-  std::stringstream text;
-  text << std::ifstream(log).rdbuf();
-  EXPECT_NE(text.str().find("LookupAccountName() failed."), std::string::npos);
-}
-
-TEST_F(FolderAccessTest, MissingPathFails) {
-  EXPECT_FALSE(GrantFolderAccess(u"/nonexistent/CorvaneApp", kUsersAccount, kGenericAll));
+  std::ifstream in(log);
+  EXPECT_NE(std::string(std::istreambuf_iterator<char>(in), {}).find("LookupAccountName() failed."), std::string::npos);
+  EXPECT_FALSE(Grant("/nonexistent/CorvaneApp"));
 }
 
 }  // namespace

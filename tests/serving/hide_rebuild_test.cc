@@ -1,15 +1,14 @@
 // Hides across a rebuild, through the exports: the host hides, the
-// scripted extraction library delivers the same history again, a forced
-// update rebuilds the recommendation tables, and the listing shows what
-// became of each hide.
+// scripted extraction library delivers the history again, a forced update
+// rebuilds the recommendation tables, and the listing shows what became of
+// each hide.
 
 #include <fstream>
-#include <map>
-#include <utility>
+#include <set>
 
+#include "common/utf.h"
 #include "corvane/VisitHarvest.h"
 #include "intake/fake_fixture.h"
-#include "serving/seed_rows.h"
 #include "serving/serving_host.h"
 
 namespace corvane::test {
@@ -18,43 +17,37 @@ namespace {
 using corvane::testing::FakeFixture;
 using corvane::testing::FakeItem;
 
+const std::vector<std::string> kAllSites = {"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"};
+
 // "Now" is 2024-03-05; nine dates of visits before it make each site a
 // long-standing one. Every white-listed domain and every single URL scores
 // 954 on each rebuild; 0.7 of that is 667.8, which the listing reads as 667.
-constexpr uint32_t kFreshScore = 954;
-constexpr uint32_t kLoweredScore = 667;
-
 class HideRebuildTest : public ServingTest {
  protected:
   HideRebuildTest()
       : m_fixturePath(m_dir.File("fixture.json")), m_fixtureEnv("CORVANE_FAKE_HARVEST_FIXTURE", m_fixturePath.c_str()) {
     m_fixture.installed = {BROWSER_CHROME};
     m_fixture.defaultBrowser = BROWSER_CHROME;
-  }
-
-  void SetUp() override {
-    ServingTest::SetUp();
     std::ofstream(DataFile("WhiteList.js"), std::ios::binary) << R"({"whitelist":[)"
         R"({"maindomain":"alpha.com","name":"Alpha","domains":[{"domain":"alpha.com","name":"Alpha"}]},)"
         R"({"maindomain":"beta.com","name":"Beta","domains":[{"domain":"beta.com","name":"Beta"}]},)"
         R"({"maindomain":"gamma.com","name":"Gamma","domains":[{"domain":"gamma.com","name":"Gamma"}]}],"blacklist":[]})";
-    StartProvider();
-    m_common = Manager<ICommonUseURLsManager>(1, IID_ICommonUseURLsManager);
-    m_urls = Query<IURLsManager>(m_common.Get(), IID_IURLsManager);
-    m_history = Manager<IURLsManager>(3, IID_IURLsManager);
-    ASSERT_TRUE(m_common && m_urls && m_history);
-    Rebuild({"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"});
+  }
+
+  void SetUp() override {
+    ServingTest::SetUp();
+    Rebuild();
   }
 
   // Delivers the visits of these hosts, as the whole history, and runs a
   // forced update.
-  void Rebuild(const std::vector<std::string>& hosts) {
+  void Rebuild(const std::vector<std::string>& hosts = kAllSites) {
     m_fixture.history.clear();
     for (const std::string& host : hosts) {
-      for (const char* date : {"2024-02-25", "2024-02-26", "2024-02-27", "2024-02-28", "2024-02-29", "2024-03-01",
-                               "2024-03-02", "2024-03-03", "2024-03-04"}) {
+      for (int day = 25; day <= 33; ++day) {
+        const std::string date = day <= 29 ? "2024-02-" + std::to_string(day) : "2024-03-0" + std::to_string(day - 29);
         m_fixture.history[BROWSER_CHROME].push_back(
-            FakeItem{"Page " + host, "http://" + host + "/", "", std::string(date) + " 10:00:00.000", 3});
+            FakeItem{"Page " + host, "http://" + host + "/", "", date + " 10:00:00.000", 3});
       }
     }
     ASSERT_TRUE(m_fixture.Write(m_fixturePath));
@@ -63,119 +56,89 @@ class HideRebuildTest : public ServingTest {
     ASSERT_EQ(m_provider->ForceUpdateData(), S_OK);
   }
 
-  // The whole listing, from an emptied shown set: its records by URL.
-  std::map<std::u16string, ComPtr<IUnknown>> Listing() {
-    std::map<std::u16string, ComPtr<IUnknown>> records;
-    for (uint32_t type : {1u, 0u}) {
-      IUnknown* raw = nullptr;
-      EXPECT_EQ(m_common->GetRecomURLs(0, 50, &raw, type), S_OK);
-      ComPtr<IUnknown> array(raw);
-      for (uint32_t i = 0; i < Count(array.Get()); ++i) {
-        ComPtr<IUnknown> record = ItemOf(array, i);
-        const std::u16string url = URL2(record.Get());
-        records[url] = std::move(record);
-      }
+  // The listing from an emptied shown set (nothing is in focus), each
+  // record as "URL Hide=.. Weight=..", in the order of the URLs.
+  std::string Listing() {
+    EXPECT_EQ(Count(Recom(50, 1).Get()), 0u);
+    ComPtr<IUnknown> array = Recom(50, 0);
+    std::set<std::string> records;
+    for (uint32_t i = 0; i < Count(array.Get()); ++i) {
+      const std::string shown = Show(Item(array.Get(), i).Get(), {"Hide", "Weight"});
+      records.insert(shown.substr(shown.find('|', shown.find('|') + 1) + 1));
     }
-    return records;
+    std::string text;
+    for (const std::string& record : records) text += (text.empty() ? "" : "; ") + record;
+    return text;
   }
 
-  // "Hide:Score" of a white-listed domain's row; the score as SQLite
-  // stores it.
-  std::string DomainRow(const std::string& domain) {
-    return m_db.Scalar("select Hide || ':' || Score from TRecommendDomain where Domain = " + Q(domain));
-  }
-  std::string URLRow(const std::string& url) {
-    return m_db.Scalar("select Hide || ':' || Weight from TRecommendURL where URL = " + Q(url));
+  // "Hide:Score" of every domain row, then "Hide:Weight" of every URL row,
+  // as SQLite stores them.
+  std::string Rows() {
+    return m_db.Scalar("select group_concat(s, ' ') from (select Domain || '=' || Hide || ':' || Score as s from "
+                       "TRecommendDomain union all select URL || '=' || Hide || ':' || Weight from TRecommendURL "
+                       "order by s)");
   }
 
-  HRESULT HideDomain(const std::map<std::u16string, ComPtr<IUnknown>>& listed, const std::u16string& url,
-                     uint32_t flag) {
-    auto it = listed.find(url);
-    if (it == listed.end()) return E_FAIL;
-    std::string id = std::to_string(ID2(it->second.Get()));
-    Bstr text(std::u16string(id.begin(), id.end()));
-    return m_common->HideRecommendDomain(text.Get(), flag);
+  // Hides the domain by its row's ID, which its record carries.
+  HRESULT HideDomain(const std::string& domain, uint32_t flag) {
+    Bstr id(FromUtf8(m_db.Scalar("select rowid from TRecommendDomain where Domain = " + Q(domain))));
+    return m_common->HideRecommendDomain(id.Get(), flag);
   }
 
   std::string m_fixturePath;
   ScopedEnv m_fixtureEnv;
   FakeFixture m_fixture;
-  ComPtr<ICommonUseURLsManager> m_common;
-  ComPtr<IURLsManager> m_urls;
-  ComPtr<IURLsManager> m_history;
 };
 
-TEST_F(HideRebuildTest, EachHideStateAcrossTwoRebuilds) {
-  std::map<std::u16string, ComPtr<IUnknown>> listed = Listing();
-  ASSERT_EQ(listed.size(), 5u);
-  ASSERT_EQ(DomainRow("alpha.com"), "0:954");
+TEST_F(HideRebuildTest, EachHideStateAcrossRebuilds) {
+  ASSERT_EQ(Listing(), "http://blog.me.org/ Hide=0 Weight=954; http://news.site.net/ Hide=0 Weight=954; "
+                       "www.alpha.com Hide=0 Weight=954; www.beta.com Hide=0 Weight=954; www.gamma.com Hide=0 Weight=954");
   // State 0 to 1, and 0 to 2 with Score 5 rounded up from 3.5.
-  ASSERT_EQ(HideDomain(listed, u"www.alpha.com", 0), S_OK);
+  ASSERT_EQ(HideDomain("alpha.com", 0), S_OK);
   m_db.Exec("update TRecommendDomain set Score = 5 where Domain = 'beta.com';");
-  ASSERT_EQ(HideDomain(listed, u"www.beta.com", 0x00010000), S_OK);
-  EXPECT_EQ(DomainRow("alpha.com"), "1:954");
-  EXPECT_EQ(DomainRow("beta.com"), "2:4");
+  ASSERT_EQ(HideDomain("beta.com", 0x00010000), S_OK);
   Bstr blog(u"http://blog.me.org/");
-  ASSERT_EQ(m_urls->RemoveURL(blog.Get(), 0x00010001), S_OK);
-  EXPECT_EQ(URLRow("http://blog.me.org/"), "2:668");
-  listed = Listing();
-  EXPECT_EQ(listed.size(), 2u);
-  EXPECT_EQ(listed.count(u"www.gamma.com"), 1u);
-  EXPECT_EQ(listed.count(u"http://news.site.net/"), 1u);
+  ASSERT_EQ(m_commonUrls->RemoveURL(blog.Get(), 0x00010001), S_OK);
+  EXPECT_EQ(Rows(), "alpha.com=1:954 beta.com=2:4 gamma.com=0:954 http://blog.me.org/=2:668 "
+                    "http://news.site.net/=0:954");
+  EXPECT_EQ(Listing(), "http://news.site.net/ Hide=0 Weight=954; www.gamma.com Hide=0 Weight=954");
 
-  // First rebuild: 1 stays hidden at its fresh score, 2 comes back as -1
-  // at 0.7 of its fresh score, 0 is as new.
-  Rebuild({"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"});
-  EXPECT_EQ(DomainRow("alpha.com"), "1:954");
-  listed = Listing();
-  ASSERT_EQ(listed.size(), 4u);
-  EXPECT_EQ(listed.count(u"www.alpha.com"), 0u);
-  for (const std::u16string& url : {std::u16string(u"www.beta.com"), std::u16string(u"http://blog.me.org/")}) {
-    SCOPED_TRACE(std::string(url.begin(), url.end()));
-    ASSERT_EQ(listed.count(url), 1u);
-    EXPECT_EQ(ExtraULong(listed[url].Get(), u"Hide"), 0xFFFFFFFFu);
-    EXPECT_EQ(ExtraULong(listed[url].Get(), u"Weight"), kLoweredScore);
+  // First rebuild: 1 stays hidden at its fresh score, 2 comes back as -1 at
+  // 0.7 of its fresh score, 0 is as new. The second one keeps -1, lowered
+  // once from the fresh score, not from the lowered one.
+  const std::string kAfter = "http://blog.me.org/ Hide=4294967295 Weight=667; http://news.site.net/ Hide=0 Weight=954; "
+                             "www.beta.com Hide=4294967295 Weight=667; www.gamma.com Hide=0 Weight=954";
+  for (int rebuild = 1; rebuild <= 2; ++rebuild) {
+    SCOPED_TRACE(rebuild);
+    Rebuild();
+    EXPECT_EQ(Rows(), "alpha.com=1:954 beta.com=-1:667.8 gamma.com=0:954 http://blog.me.org/=-1:667.8 "
+                      "http://news.site.net/=0:954");
+    EXPECT_EQ(Listing(), kAfter);
   }
-  EXPECT_EQ(ExtraULong(listed[u"www.gamma.com"].Get(), u"Hide"), 0u);
-  EXPECT_EQ(ExtraULong(listed[u"www.gamma.com"].Get(), u"Weight"), kFreshScore);
-
-  // Second rebuild: -1 stays -1, lowered once from the fresh score, not
-  // from the lowered one.
-  Rebuild({"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"});
-  listed = Listing();
-  ASSERT_EQ(listed.size(), 4u);
-  EXPECT_EQ(ExtraULong(listed[u"www.beta.com"].Get(), u"Hide"), 0xFFFFFFFFu);
-  EXPECT_EQ(ExtraULong(listed[u"www.beta.com"].Get(), u"Weight"), kLoweredScore);
-  EXPECT_EQ(ExtraULong(listed[u"http://blog.me.org/"].Get(), u"Weight"), kLoweredScore);
-  EXPECT_EQ(DomainRow("alpha.com"), "1:954");
 
   // -1 hidden for good keeps its lowered score; the rebuild after it gives
   // the fresh one.
-  ASSERT_EQ(HideDomain(listed, u"www.beta.com", 0), S_OK);
-  EXPECT_EQ(DomainRow("beta.com"), "1:667.8");
-  Rebuild({"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"});
-  EXPECT_EQ(DomainRow("beta.com"), "1:954");
-  EXPECT_EQ(Listing().count(u"www.beta.com"), 0u);
+  ASSERT_EQ(HideDomain("beta.com", 0), S_OK);
+  EXPECT_EQ(m_db.Scalar("select Hide || ':' || Score from TRecommendDomain where Domain = 'beta.com'"), "1:667.8");
+  Rebuild();
+  EXPECT_EQ(m_db.Scalar("select Hide || ':' || Score from TRecommendDomain where Domain = 'beta.com'"), "1:954");
+  EXPECT_EQ(Listing().find("www.beta.com"), std::string::npos);
 }
 
 TEST_F(HideRebuildTest, AHideWhoseRowIsGoneAfterARebuildIsForgotten) {
-  std::map<std::u16string, ComPtr<IUnknown>> listed = Listing();
-  ASSERT_EQ(HideDomain(listed, u"www.gamma.com", 0), S_OK);
+  ASSERT_EQ(HideDomain("gamma.com", 0), S_OK);
   Bstr news(u"http://news.site.net/");
-  ASSERT_EQ(m_urls->RemoveURL(news.Get(), 1), S_OK);
+  ASSERT_EQ(m_commonUrls->RemoveURL(news.Get(), 1), S_OK);
   // The sites leave the history: their rows are gone after the rebuild.
   Rebuild({"alpha.com", "beta.com", "blog.me.org"});
-  EXPECT_EQ(DomainRow("gamma.com"), "");
-  EXPECT_EQ(URLRow("http://news.site.net/"), "");
-  EXPECT_EQ(Listing().size(), 3u);
+  EXPECT_EQ(Rows(), "alpha.com=0:954 beta.com=0:954 http://blog.me.org/=0:954");
   // Back in the history, they come back as new rows: nothing remembered
   // the hides.
-  Rebuild({"alpha.com", "beta.com", "gamma.com", "blog.me.org", "news.site.net"});
-  EXPECT_EQ(DomainRow("gamma.com"), "0:954");
-  EXPECT_EQ(URLRow("http://news.site.net/"), "0:954");
-  listed = Listing();
-  EXPECT_EQ(listed.size(), 5u);
-  EXPECT_EQ(ExtraULong(listed[u"www.gamma.com"].Get(), u"Hide"), 0u);
+  Rebuild();
+  EXPECT_EQ(Rows(), "alpha.com=0:954 beta.com=0:954 gamma.com=0:954 http://blog.me.org/=0:954 "
+                    "http://news.site.net/=0:954");
+  EXPECT_EQ(Listing(), "http://blog.me.org/ Hide=0 Weight=954; http://news.site.net/ Hide=0 Weight=954; "
+                       "www.alpha.com Hide=0 Weight=954; www.beta.com Hide=0 Weight=954; www.gamma.com Hide=0 Weight=954");
 }
 
 }  // namespace

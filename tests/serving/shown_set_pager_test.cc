@@ -15,16 +15,14 @@
 namespace corvane {
 namespace {
 
-struct StageRun {
-  std::vector<int> shownRows;  // positions in the listing, in the order shown
-  ShownDomainMap shown;
-};
+// The positions in the listing of the rows shown, in order, and the shown
+// set after the stage.
+using StageRun = std::pair<std::vector<int>, ShownDomainMap>;
 
 // The stage as it would run on one query per page.
 StageRun ReferenceStage(const std::vector<std::u16string>& listing, ShownDomainMap shown, uint32_t pageSize,
-                   uint32_t uCount) {
-  StageRun run;
-  uint32_t count = 0;
+                        uint32_t uCount) {
+  std::vector<int> rows;
   for (size_t offset = 0;; offset += pageSize) {
     std::vector<int> page;
     size_t eligible = 0;
@@ -34,17 +32,15 @@ StageRun ReferenceStage(const std::vector<std::u16string>& listing, ShownDomainM
     }
     uint32_t seen = 0;
     for (int row : page) {
-      if (count >= uCount) break;
+      if (rows.size() >= uCount) break;
       ++seen;
       if (shown.count(listing[row]) != 0) continue;
       shown[listing[row]] = 1;
-      run.shownRows.push_back(row);
-      ++count;
+      rows.push_back(row);
     }
-    if (seen == 0 || count >= uCount) break;
+    if (seen == 0 || rows.size() >= uCount) break;
   }
-  run.shown = shown;
-  return run;
+  return {rows, shown};
 }
 
 class ShownSetPagerTest : public ::testing::Test {
@@ -66,58 +62,49 @@ class ShownSetPagerTest : public ::testing::Test {
 
   // The stage as the listing runs it, through the pager.
   StageRun PagedStage(ShownDomainMap shown, uint32_t pageSize, uint32_t uCount) {
-    StageRun run;
+    std::vector<int> rows;
     StatementPtr stmt = m_db.Prepare(u"select Position, MainDomain from L order by Position;");
     EXPECT_TRUE(stmt);
-    if (!stmt) return run;
+    if (!stmt) return {};
     CShownSetPager pager(stmt.get(), 1, pageSize, &shown);
-    uint32_t count = 0;
-    while (pager.NextPage()) {
-      while (count < uCount && pager.NextRow()) {
+    while (rows.size() < uCount && pager.NextPage()) {
+      while (rows.size() < uCount && pager.NextRow()) {
         if (shown.count(pager.MainDomain()) != 0) continue;
         shown[pager.MainDomain()] = 1;
         pager.NoteShown();
-        run.shownRows.push_back(stmt->ColumnInt(0));
-        ++count;
+        rows.push_back(stmt->ColumnInt(0));
       }
-      if (count >= uCount) break;
     }
-    run.shown = shown;
-    return run;
+    return {rows, shown};
   }
 
   CSqliteDB m_db;
 };
 
-TEST_F(ShownSetPagerTest, RowsPassedOverByTheGrowingOffsetStayOut) {
-  // Page 1 shows a and b; page 2 then starts two eligible rows further down
-  // the rows that remain (c, d), so c and d are passed over.
-  const std::vector<std::u16string> listing = {u"a", u"b", u"a", u"c", u"d", u"e"};
-  Fill(listing);
-  StageRun paged = PagedStage({}, 2, 100);
-  EXPECT_EQ(paged.shownRows, (std::vector<int>{0, 1, 5}));
-  EXPECT_EQ(paged.shownRows, ReferenceStage(listing, {}, 2, 100).shownRows);
-}
-
-TEST_F(ShownSetPagerTest, DomainsShownBeforeTheStageNeverTakeAPlace) {
-  // x holds no place in the first page; a and b fill it, and the second
-  // page, two rows down the one row left (c), is empty.
-  const std::vector<std::u16string> listing = {u"x", u"a", u"x", u"b", u"c"};
-  Fill(listing);
-  StageRun paged = PagedStage({{u"x", 1}}, 2, 100);
-  EXPECT_EQ(paged.shownRows, (std::vector<int>{1, 3}));
-  EXPECT_EQ(PagedStage({{u"x", 1}}, 3, 100).shownRows, (std::vector<int>{1, 3, 4}));
-}
-
-TEST_F(ShownSetPagerTest, StopsWhenTheCountIsReachedInsideAPage) {
-  const std::vector<std::u16string> listing = {u"a", u"b", u"c", u"d"};
-  Fill(listing);
-  EXPECT_EQ(PagedStage({}, 50, 2).shownRows, (std::vector<int>{0, 1}));
-}
-
-TEST_F(ShownSetPagerTest, EmptyListingShowsNothing) {
-  Fill({});
-  EXPECT_TRUE(PagedStage({}, 20, 5).shownRows.empty());
+TEST_F(ShownSetPagerTest, WorkedListings) {
+  const struct {
+    const char* what;
+    std::vector<std::u16string> listing;
+    ShownDomainMap shown;
+    uint32_t pageSize, uCount;
+    std::vector<int> rows;
+  } cases[] = {
+      // Page 1 shows a and b; page 2 then starts two eligible rows further
+      // down the rows that remain (c, d), so c and d are passed over.
+      {"rows passed over by the growing offset stay out", {u"a", u"b", u"a", u"c", u"d", u"e"}, {}, 2, 100, {0, 1, 5}},
+      // x holds no place in the first page; a and b fill it, and the second
+      // page, two rows down the one row left (c), is empty.
+      {"domains shown before take no place", {u"x", u"a", u"x", u"b", u"c"}, {{u"x", 1}}, 2, 100, {1, 3}},
+      {"the same in pages of three", {u"x", u"a", u"x", u"b", u"c"}, {{u"x", 1}}, 3, 100, {1, 3, 4}},
+      {"stops at the count inside a page", {u"a", u"b", u"c", u"d"}, {}, 50, 2, {0, 1}},
+      {"empty listing", {}, {}, 20, 5, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    Fill(c.listing);
+    EXPECT_EQ(PagedStage(c.shown, c.pageSize, c.uCount).first, c.rows);
+    EXPECT_EQ(ReferenceStage(c.listing, c.shown, c.pageSize, c.uCount).first, c.rows);
+  }
 }
 
 TEST_F(ShownSetPagerTest, RandomListingsGiveThePagesOfOneQueryPerPage) {
@@ -134,11 +121,8 @@ TEST_F(ShownSetPagerTest, RandomListingsGiveThePagesOfOneQueryPerPage) {
     const uint32_t pageSize = 1 + random() % 6;
     const uint32_t uCount = 1 + random() % 40;
     Fill(listing);
-    StageRun expected = ReferenceStage(listing, shown, pageSize, uCount);
-    StageRun paged = PagedStage(shown, pageSize, uCount);
-    ASSERT_EQ(paged.shownRows, expected.shownRows) << "round " << round << ", page " << pageSize << ", count "
-                                                    << uCount;
-    ASSERT_EQ(paged.shown, expected.shown) << "round " << round;
+    ASSERT_EQ(PagedStage(shown, pageSize, uCount), ReferenceStage(listing, shown, pageSize, uCount))
+        << "round " << round << ", page " << pageSize << ", count " << uCount;
   }
 }
 

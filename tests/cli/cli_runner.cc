@@ -8,19 +8,13 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 namespace corvane::testing {
 namespace {
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 // In the child: redirect, set the environment, exec. Never returns.
 [[noreturn]] void ExecChild(const std::string& binary, const std::vector<std::string>& args,
@@ -56,8 +50,8 @@ RunResult RunBinary(const std::string& binary, const std::vector<std::string>& a
   if (child == 0) ExecChild(binary, args, env, outPath, errPath, asUser);
   int status = 0;
   if (child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
-  result.out = ReadAll(outPath);
-  result.err = ReadAll(errPath);
+  result.out = ReadFile(outPath);
+  result.err = ReadFile(errPath);
   unlink(outPath.c_str());
   unlink(errPath.c_str());
   rmdir(folder);
@@ -70,6 +64,29 @@ bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpErr
   builder["rejectDupKeys"] = true;
   std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   return reader->parse(text.data(), text.data() + text.size(), lpValue, lpError);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+std::string Fields(const Json::Value& object, std::initializer_list<const char*> names) {
+  std::string text;
+  for (const char* name : names) text += " | " + object[name].asString();
+  return text.substr(3);
+}
+
+::testing::AssertionResult FailsWithOneLine(const RunResult& result, int status, const std::vector<std::string>& texts) {
+  bool texted = true;
+  for (const std::string& text : texts) texted = texted && result.err.find(text) != std::string::npos;
+  if (result.status == status && result.out.empty() && texted && std::count(result.err.begin(), result.err.end(), '\n') == 1 &&
+      result.err.back() == '\n') {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << "status " << result.status << ", out: " << result.out << "err: " << result.err;
 }
 
 }  // namespace corvane::testing

@@ -1,9 +1,11 @@
 // cli_runner.h: runs the built corvane binary as a child process with a
-// chosen environment and collects its exit status, stdout and stderr.
+// chosen environment and collects its exit status, stdout and stderr; and
+// what the checks of its output share.
 
 #ifndef CORVANE_TESTS_CLI_CLI_RUNNER_H_
 #define CORVANE_TESTS_CLI_CLI_RUNNER_H_
 
+#include <gtest/gtest.h>
 #include <json/value.h>
 
 #include <map>
@@ -28,6 +30,14 @@ RunResult RunBinary(const std::string& binary, const std::vector<std::string>& a
 // Parses text as exactly one JSON document; false with the parser's
 // message otherwise.
 bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpError);
+
+std::string ReadFile(const std::string& path);
+// The named members of a JSON object as text, joined by " | ", so that
+// several are compared at once.
+std::string Fields(const Json::Value& object, std::initializer_list<const char*> names);
+// Whether the run failed with the status and one line on standard error
+// that holds each text, and nothing on standard output.
+::testing::AssertionResult FailsWithOneLine(const RunResult& result, int status, const std::vector<std::string>& texts);
 
 }  // namespace corvane::testing
 

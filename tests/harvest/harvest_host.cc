@@ -1,48 +1,130 @@
 #include "harvest/harvest_host.h"
 
-#include <dlfcn.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
 #include "common/utf.h"
+#include "harvest/fixture/browsing_model.h"
 
 namespace corvane::testing {
 
-const HarvestLibrary& LoadHarvest() {
-  static const HarvestLibrary library = [] {
-    std::string path = test::BuildLibDir() + "/libVisitHarvest.so";
-    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) ADD_FAILURE() << dlerror();
-    HarvestLibrary loaded{};
-    loaded.CreateVisitHarvestObj = reinterpret_cast<bool (*)(IExtractor**)>(dlsym(handle, "CreateVisitHarvestObj"));
-    loaded.GetDefautBrowser = reinterpret_cast<uint32_t (*)()>(dlsym(handle, "GetDefautBrowser"));
-    loaded.IsBrowserInstalled = reinterpret_cast<bool (*)(uint32_t)>(dlsym(handle, "IsBrowserInstalled"));
-    return loaded;
-  }();
-  return library;
+namespace fs = std::filesystem;
+using fixture::Family;
+
+HarvestTest::HarvestTest() {
+  SetEnv("HOME", Home().c_str());
+  for (const char* unset : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CURRENT_DESKTOP", "CHROME_CONFIG_HOME"}) {
+    SetEnv(unset, nullptr);
+  }
+  SetEnv("XDG_CONFIG_DIRS", (Home() + "/etc-xdg").c_str());
+  SetEnv("XDG_DATA_DIRS", (Home() + "/usr-share").c_str());
+  SetEnv("CORVANE_DEBUG", m_scratch.File("debug.log").c_str());
+  SetEnv("TZ", "UTC");
 }
 
-HarvestTest::HarvestTest()
-    : m_homeEnv("HOME", m_home.Path().c_str()),
-      m_config("XDG_CONFIG_HOME", nullptr),
-      m_configDirs("XDG_CONFIG_DIRS", (m_home.Path() + "/etc-xdg").c_str()),
-      m_dataHome("XDG_DATA_HOME", nullptr),
-      m_dataDirs("XDG_DATA_DIRS", (m_home.Path() + "/usr-share").c_str()),
-      m_desktop("XDG_CURRENT_DESKTOP", nullptr),
-      m_debug("CORVANE_DEBUG", m_scratch.File("debug.log").c_str()) {}
+// Newest first, so that a variable set twice gets its first value back.
+HarvestTest::~HarvestTest() {
+  while (!m_env.empty()) m_env.pop_back();
+}
+
+void HarvestTest::SetEnv(const char* name, const char* value) {
+  m_env.push_back(std::make_unique<test::ScopedEnv>(name, value));
+}
 
 std::string HarvestTest::TakeDebugLog() {
-  std::string path = m_scratch.File("debug.log");
-  std::ifstream in(path, std::ios::binary);
-  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  std::ofstream(path, std::ios::trunc);
+  std::string text = ReadAll(m_scratch.File("debug.log"));
+  std::ofstream(m_scratch.File("debug.log"), std::ios::trunc);
   return text;
+}
+
+std::vector<Delivered> HarvestTest::Extract(uint32_t browser, uint32_t kind) {
+  std::vector<Delivered> items;
+  IExtractor* extractor = nullptr;
+  if (!CreateVisitHarvestObj(&extractor) || extractor == nullptr) {
+    ADD_FAILURE() << "no extractor";
+    return items;
+  }
+  extractor->Extract(browser, kind);
+  for (uint32_t i = 0, count = extractor->GetCount(); i < count; ++i) {
+    IExtractItem* item = nullptr;
+    extractor->GetNextItem(&item);
+    if (item == nullptr) continue;
+    items.push_back({ToUtf8(item->GetName()), ToUtf8(item->GetURL()), ToUtf8(item->GetPath()), {},
+                     item->GetVisitCount(), item->GetBrowser()});
+    item->GetVisitTime(&items.back().time);
+  }
+  extractor->FreeItems();
+  extractor->Destroy();
+  return items;
+}
+
+uint32_t BrowserOf(Family family) { return family == Family::kChromium ? BROWSER_CHROME : BROWSER_FIREFOX; }
+
+bool WriteFixture(Family family, const std::string& home, const fixture::ProfileSpec& spec, const std::string& day) {
+  std::string error;
+  bool chromium = family == Family::kChromium;
+  bool written = day.empty() ? (chromium ? fixture::WriteChromiumProfile(home, spec, &error)
+                                         : fixture::WriteFirefoxProfile(home, spec, &error))
+                             : (chromium ? fixture::AppendChromiumDay(home, spec, day, &error)
+                                         : fixture::AppendFirefoxDay(home, spec, day, &error));
+  EXPECT_TRUE(written) << error;
+  return written;
+}
+
+ModelHistory ChosenByModel(const fixture::ProfileSpec& spec) {
+  ModelHistory history;
+  fixture::BrowsingModel model(spec);
+  std::string error;
+  EXPECT_TRUE(fixture::ForEachDay(spec, &model, [&](const std::vector<fixture::VisitEvent>& visits) {
+    for (const fixture::VisitEvent& visit : visits) {
+      if (!fixture::IsChosen(visit.kind)) continue;
+      ++history.chosen;
+      ++history.perHost[HostOf(model.Pages()[static_cast<size_t>(visit.page)].url)];
+    }
+    return true;
+  }, &error)) << error;
+  return history;
+}
+
+size_t ChosenOnAppendedDay(const fixture::ProfileSpec& spec, const std::string& day) {
+  std::unique_ptr<fixture::BrowsingModel> model;
+  std::vector<fixture::VisitEvent> visits;
+  std::string error;
+  EXPECT_TRUE(fixture::AppendedDay(spec, day, &model, &visits, &error)) << error;
+  size_t chosen = 0;
+  for (const fixture::VisitEvent& visit : visits) chosen += fixture::IsChosen(visit.kind) ? 1 : 0;
+  return chosen;
+}
+
+// The parent closes its end of the pipe, so that a child that ends is seen
+// at once.
+bool RunWithin(int seconds, const std::function<std::string()>& body, std::string* lpOut) {
+  int channel[2];
+  if (pipe(channel) != 0) return false;
+  pid_t child = fork();
+  if (child == 0) {
+    std::string out = body();
+    _exit(write(channel[1], out.data(), out.size()) == static_cast<ssize_t>(out.size()) ? 0 : 1);
+  }
+  close(channel[1]);
+  pollfd wait{channel[0], POLLIN, 0};
+  bool ended = poll(&wait, 1, seconds * 1000) == 1;
+  char buffer[4096];
+  ssize_t got = ended ? read(channel[0], buffer, sizeof(buffer)) : 0;
+  lpOut->assign(buffer, static_cast<size_t>(std::max<ssize_t>(got, 0)));
+  close(channel[0]);
+  if (!ended) kill(child, SIGKILL);
+  int status = 0;
+  waitpid(child, &status, 0);
+  return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 std::vector<std::string> URLs(const std::vector<Delivered>& items) {
@@ -51,62 +133,62 @@ std::vector<std::string> URLs(const std::vector<Delivered>& items) {
   return urls;
 }
 
-bool RunWithin(int seconds, const std::function<std::string()>& body, std::string* lpOut) {
-  int channel[2];
-  if (pipe(channel) != 0) return false;
-  pid_t child = fork();
-  if (child == 0) {
-    close(channel[0]);
-    std::string out = body();
-    static_cast<void>(write(channel[1], out.data(), out.size()));
-    _exit(0);
-  }
-  close(channel[1]);
-  lpOut->clear();
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-  bool ended = false;
-  while (!ended) {
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0) break;
-    pollfd wait{channel[0], POLLIN, 0};
-    if (poll(&wait, 1, static_cast<int>(left.count())) <= 0) continue;
-    char buffer[4096];
-    ssize_t got = read(channel[0], buffer, sizeof(buffer));
-    if (got > 0) lpOut->append(buffer, static_cast<size_t>(got));
-    ended = got <= 0;
-  }
-  close(channel[0]);
-  if (!ended) kill(child, SIGKILL);
-  int status = 0;
-  waitpid(child, &status, 0);
-  return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+std::string Clock(const SYSTEMTIME& t) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "%04d-%02d-%02d %d %02d:%02d:%02d.%03d", t.wYear, t.wMonth, t.wDay, t.wDayOfWeek,
+                t.wHour, t.wMinute, t.wSecond, t.wMilliseconds);
+  return text;
 }
 
-std::vector<Delivered> HarvestTest::Extract(uint32_t browser, uint32_t kind) {
-  std::vector<Delivered> items;
-  IExtractor* extractor = nullptr;
-  if (!LoadHarvest().CreateVisitHarvestObj(&extractor) || extractor == nullptr) {
-    ADD_FAILURE() << "no extractor";
-    return items;
+std::string HostOf(const std::string& url) {
+  size_t start = url.find("://") + 3;
+  return url.substr(start, url.find('/', start) - start);
+}
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void ExecSql(sqlite3* db, const std::string& sql) {
+  char* message = nullptr;
+  if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
+    ADD_FAILURE() << (message != nullptr ? message : "no database") << " in " << sql;
   }
-  extractor->Extract(browser, kind);
-  uint32_t count = extractor->GetCount();
-  for (uint32_t i = 0; i < count; ++i) {
-    IExtractItem* item = nullptr;
-    extractor->GetNextItem(&item);
-    if (item == nullptr) continue;
-    Delivered copy;
-    copy.name = ToUtf8(item->GetName());
-    copy.url = ToUtf8(item->GetURL());
-    copy.path = ToUtf8(item->GetPath());
-    item->GetVisitTime(&copy.time);
-    copy.count = item->GetVisitCount();
-    copy.browser = item->GetBrowser();
-    items.push_back(copy);
-  }
-  extractor->FreeItems();
-  extractor->Destroy();
-  return items;
+  sqlite3_free(message);
+}
+
+void WriteDb(const std::string& path, bool firefox, const std::string& rows) {
+  fs::create_directories(fs::path(path).parent_path());
+  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) fs::remove(path + suffix);
+  sqlite3* db = nullptr;
+  sqlite3_open(path.c_str(), &db);
+  ExecSql(db, firefox ? "create table moz_places(id INTEGER PRIMARY KEY, url, title, rev_host, visit_count DEFAULT 0, "
+                        "hidden DEFAULT 0 NOT NULL, typed DEFAULT 0 NOT NULL); create table moz_historyvisits(id "
+                        "INTEGER PRIMARY KEY, from_visit, place_id, visit_date, visit_type, session); create table "
+                        "moz_bookmarks(id INTEGER PRIMARY KEY, type, fk, parent, position, title, guid);" + rows
+                      : "create table urls(id INTEGER PRIMARY KEY, url, title, visit_count, typed_count, "
+                        "last_visit_time, hidden); create table visits(id INTEGER PRIMARY KEY, url, visit_time, "
+                        "from_visit, transition, segment_id, visit_duration, originator_cache_guid); create table "
+                        "visit_source(id INTEGER PRIMARY KEY, source NOT NULL);" + rows);
+  sqlite3_close(db);
+}
+
+std::string HandChromiumHistory(const std::string& home, const std::string& rows) {
+  std::string path = home + "/.config/chromium/Default/History";
+  WriteDb(path, false, rows);
+  std::ofstream(home + "/.config/chromium/Local State") << R"({"profile":{"last_used":"Default"}})";
+  return path;
+}
+
+std::string HandFirefoxPlaces(const std::string& home, const std::string& rows) {
+  std::string root = home + "/.mozilla/firefox";
+  WriteDb(root + "/hand.default/places.sqlite", true,
+          "PRAGMA journal_mode=WAL; insert into moz_bookmarks(id, type, parent, position, title, guid) values "
+          "(1, 2, 0, 0, '', 'root________'), (2, 2, 1, 0, 'menu', 'menu________'), (3, 2, 1, 1, 'toolbar', "
+          "'toolbar_____');" + rows);
+  std::ofstream(root + "/profiles.ini", std::ios::trunc) << "[Profile0]\nName=hand\nIsRelative=1\nPath=hand.default\n";
+  return root + "/hand.default/places.sqlite";
 }
 
 }  // namespace corvane::testing

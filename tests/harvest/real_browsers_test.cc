@@ -1,0 +1,199 @@
+// The extraction library on profiles that a real, headless browser wrote:
+// the visits of local pages come back with their titles and the instants
+// they happened, also while the browser still runs and holds its files.
+// A machine without the browser skips its test and says so.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "harvest/harvest_host.h"
+
+extern char** environ;
+
+namespace corvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The first of names found on PATH, or "".
+std::string FindProgram(std::initializer_list<const char*> names) {
+  const char* path = std::getenv("PATH");
+  std::stringstream folders(path != nullptr ? path : "");
+  std::string folder;
+  while (std::getline(folders, folder, ':')) {
+    for (const char* name : names) {
+      fs::path candidate = fs::path(folder) / name;
+      if (access(candidate.c_str(), X_OK) == 0) return candidate;
+    }
+  }
+  return "";
+}
+
+// A browser run in a process group of its own, its output thrown away;
+// stopping it ends the whole group.
+class BrowserProcess {
+ public:
+  explicit BrowserProcess(const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawnattr_t attr;
+    posix_spawnattr_init(&attr);
+    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attr, 0);
+    if (posix_spawn(&m_pid, argv[0], &files, &attr, argv.data(), environ) != 0) m_pid = -1;
+    posix_spawnattr_destroy(&attr);
+    posix_spawn_file_actions_destroy(&files);
+  }
+  ~BrowserProcess() { Stop(); }
+
+  bool Started() const { return m_pid > 0; }
+  // Waits for the browser to end by itself; true when it did so in time
+  // with status 0.
+  bool Finish(int seconds) {
+    for (int tenths = 0; m_pid > 0 && tenths < seconds * 10; ++tenths) {
+      int status = 0;
+      if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
+        m_pid = -1;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return false;
+  }
+  void Stop() {
+    if (m_pid <= 0) return;
+    kill(-m_pid, SIGTERM);
+    if (!Finish(10)) kill(-m_pid, SIGKILL);
+    waitpid(m_pid, nullptr, 0);
+    m_pid = -1;
+  }
+
+ private:
+  pid_t m_pid = -1;
+};
+
+std::string WritePage(const std::string& folder, const std::string& name) {
+  const std::string path = folder + "/" + name + ".html";
+  std::ofstream(path) << "<html><head><title>Page " << name << "</title></head><body>" << name << "</body></html>";
+  return "file://" + path;
+}
+
+// The delivered visits of url, each checked to have happened between the
+// two instants (TZ is UTC, so local time is the instant itself).
+size_t VisitsBetween(const std::vector<Delivered>& items, const std::string& url, time_t from, time_t to) {
+  size_t found = 0;
+  for (const Delivered& item : items) {
+    if (item.url != url) continue;
+    struct tm local {};
+    local.tm_year = item.time.wYear - 1900;
+    local.tm_mon = item.time.wMonth - 1;
+    local.tm_mday = item.time.wDay;
+    local.tm_hour = item.time.wHour;
+    local.tm_min = item.time.wMinute;
+    local.tm_sec = item.time.wSecond;
+    const time_t at = timegm(&local);
+    EXPECT_TRUE(from <= at && at <= to) << url << " visited at " << Clock(item.time);
+    ++found;
+  }
+  return found;
+}
+
+class RealBrowserTest : public HarvestTest {
+ protected:
+  void SetUp() override {
+    m_pages = m_scratch.File("pages");
+    fs::create_directories(m_pages);
+  }
+
+  // The program, or a skip when the machine has none of names.
+  std::string Need(std::initializer_list<const char*> names) {
+    std::string program = FindProgram(names);
+    if (program.empty()) m_skip = "no " + std::string(*names.begin()) + " on PATH";
+    return program;
+  }
+
+  std::string m_pages;
+  std::string m_skip;
+};
+
+TEST_F(RealBrowserTest, ChromiumVisitsAreReadAfterItEndsAndWhileItRuns) {
+  const std::string program = Need({"chromium", "chromium-browser", "google-chrome"});
+  if (program.empty()) GTEST_SKIP() << m_skip;
+  const std::string alpha = WritePage(m_pages, "alpha");
+  const std::string beta = WritePage(m_pages, "beta");
+  const std::vector<std::string> common = {program,          "--headless",  "--no-sandbox",
+                                           "--disable-gpu",  "--no-first-run",
+                                           "--user-data-dir=" + Home() + "/.config/chromium"};
+  const time_t start = time(nullptr);
+  std::vector<std::string> once = common;
+  once.insert(once.end(), {"--dump-dom", alpha});
+  ASSERT_TRUE(BrowserProcess(once).Finish(60)) << "the browser did not load the page";
+  EXPECT_EQ(VisitsBetween(Extract(BROWSER_CHROME, 1), alpha, start, time(nullptr)), 1u);
+
+  // A browser that keeps running holds the profile and its History open.
+  std::vector<std::string> running = common;
+  running.push_back(beta);
+  BrowserProcess browser(running);
+  ASSERT_TRUE(browser.Started());
+  std::this_thread::sleep_for(std::chrono::seconds(3));
+  std::string out;
+  ASSERT_TRUE(RunWithin(30, [&] { return std::to_string(Extract(BROWSER_CHROME, 1).size()); }, &out))
+      << "reading beside a running browser hung";
+  EXPECT_GE(std::stoul(out), 1u);
+  browser.Stop();
+  const std::vector<Delivered> after = Extract(BROWSER_CHROME, 1);
+  EXPECT_EQ(VisitsBetween(after, alpha, start, time(nullptr)), 1u);
+  for (const Delivered& item : after) EXPECT_EQ(item.name, "Page " + fs::path(item.url).stem().string());
+}
+
+TEST_F(RealBrowserTest, FirefoxVisitsAndItsOwnBookmarksAreRead) {
+  const std::string program = Need({"firefox-esr", "firefox"});
+  if (program.empty()) GTEST_SKIP() << m_skip;
+  const std::string alpha = WritePage(m_pages, "alpha");
+  const std::string beta = WritePage(m_pages, "beta");
+  const std::string profile = Home() + "/.mozilla/firefox/test.default";
+  fs::create_directories(profile);
+  std::ofstream(Home() + "/.mozilla/firefox/profiles.ini")
+      << "[Profile0]\nName=default\nIsRelative=1\nPath=test.default\nDefault=1\n\n"
+         "[General]\nStartWithLastProfile=1\nVersion=2\n";
+  const time_t start = time(nullptr);
+  ASSERT_TRUE(BrowserProcess({program, "--headless", "--profile", profile, "--screenshot",
+                              m_scratch.File("shot.png"), alpha})
+                  .Finish(90))
+      << "the browser did not load the page";
+  std::vector<Delivered> visits = Extract(BROWSER_FIREFOX, 1);
+  EXPECT_EQ(VisitsBetween(visits, alpha, start, time(nullptr)), 1u);
+  ASSERT_FALSE(visits.empty());
+  EXPECT_EQ(visits[0].name, "Page alpha");
+  // A new profile comes with the browser's own bookmarks, in a folder of a root.
+  bool inFolder = false;
+  for (const Delivered& bookmark : Extract(BROWSER_FIREFOX, 2)) inFolder = inFolder || bookmark.path.find('/') != std::string::npos;
+  EXPECT_TRUE(inFolder);
+
+  BrowserProcess browser({program, "--headless", "--profile", profile, beta});
+  ASSERT_TRUE(browser.Started());
+  std::this_thread::sleep_for(std::chrono::seconds(5));
+  std::string out;
+  ASSERT_TRUE(RunWithin(30, [&] { return std::to_string(Extract(BROWSER_FIREFOX, 1).size()); }, &out))
+      << "reading beside a running browser hung";
+  EXPECT_GE(std::stoul(out), 1u);
+}
+
+}  // namespace
+}  // namespace corvane::testing

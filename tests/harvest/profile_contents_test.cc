@@ -291,5 +291,19 @@ TEST_F(HarvestTest, ChromiumAccountBookmarksJoinTheProfilesOwn) {
   EXPECT_EQ(URLs(Extract(BROWSER_CHROME, EXTRACT_FAVORITES)), (std::vector<std::string>{"https://local.com/"}));
 }
 
+TEST_F(HarvestTest, FirefoxBookmarkPathNamesEveryFolderFromItsRoot) {
+  HandFirefoxPlaces(Home(),
+                    "insert into moz_places(id, url, title) values(1, 'https://deep.org/', 'D'), "
+                    "(2, 'https://top.org/', 'T');"
+                    "insert into moz_bookmarks(id, type, fk, parent, position, title, guid) values "
+                    "(4, 2, null, 3, 0, 'Work', 'work________'), (5, 2, null, 4, 0, 'Deep', 'deep________'), "
+                    "(6, 1, 1, 5, 0, 'Deep one', 'bookmark1___'), (7, 1, 2, 2, 0, 'Top one', 'bookmark2___');");
+  std::vector<std::string> bookmarks;
+  for (const Delivered& item : Extract(BROWSER_FIREFOX, EXTRACT_FAVORITES)) bookmarks.push_back(item.path + " | " + item.url);
+  std::sort(bookmarks.begin(), bookmarks.end());
+  EXPECT_EQ(bookmarks, (std::vector<std::string>{"Bookmarks Menu | https://top.org/",
+                                                 "Bookmarks Toolbar/Work/Deep | https://deep.org/"}));
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -20,7 +20,7 @@ constexpr size_t kConfigBufferChars = 260;
 // the database, before it fails.
 constexpr int kBusyTimeoutMs = 5000;
 constexpr char kCacheSizePragma[] = "PRAGMA cache_size = -8192;";  // KiB
-// Pages of a new file. With 16 KiB pages a heavy user's history and its
+// Pages of a new file. With 32 KiB pages a heavy user's history and its
 // indices are written, sorted and committed in about half the time that
 // SQLite's default 4 KiB pages take; a file that exists keeps its own.
 constexpr char kPageSizePragma[] = "PRAGMA page_size = 32768;";

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -121,20 +122,27 @@ class RealBrowserTest : public HarvestTest {
     fs::create_directories(m_pages);
   }
 
-  // The program, or a skip when the machine has none of names.
-  std::string Need(std::initializer_list<const char*> names) {
-    std::string program = FindProgram(names);
-    if (program.empty()) m_skip = "no " + std::string(*names.begin()) + " on PATH";
-    return program;
+  // Starts the browser with args and, while it runs and holds its files,
+  // reads its history: the read must end in time and still hold url.
+  void ExpectReadWhileRunning(const std::vector<std::string>& args, uint32_t browser, const std::string& url) {
+    BrowserProcess running(args);
+    ASSERT_TRUE(running.Started());
+    std::this_thread::sleep_for(std::chrono::seconds(5));
+    std::string found;
+    const auto holdsUrl = [&] {
+      const std::vector<std::string> urls = URLs(Extract(browser, 1));
+      return std::to_string(std::count(urls.begin(), urls.end(), url));
+    };
+    ASSERT_TRUE(RunWithin(30, holdsUrl, &found)) << "reading beside a running browser hung";
+    EXPECT_EQ(found, "1") << url << " missing while the browser runs";
   }
 
   std::string m_pages;
-  std::string m_skip;
 };
 
 TEST_F(RealBrowserTest, ChromiumVisitsAreReadAfterItEndsAndWhileItRuns) {
-  const std::string program = Need({"chromium", "chromium-browser", "google-chrome"});
-  if (program.empty()) GTEST_SKIP() << m_skip;
+  const std::string program = FindProgram({"chromium", "chromium-browser", "google-chrome"});
+  if (program.empty()) GTEST_SKIP() << "no chromium on PATH";
   const std::string alpha = WritePage(m_pages, "alpha");
   const std::string beta = WritePage(m_pages, "beta");
   const std::vector<std::string> common = {program,          "--headless",  "--no-sandbox",
@@ -149,22 +157,15 @@ TEST_F(RealBrowserTest, ChromiumVisitsAreReadAfterItEndsAndWhileItRuns) {
   // A browser that keeps running holds the profile and its History open.
   std::vector<std::string> running = common;
   running.push_back(beta);
-  BrowserProcess browser(running);
-  ASSERT_TRUE(browser.Started());
-  std::this_thread::sleep_for(std::chrono::seconds(3));
-  std::string out;
-  ASSERT_TRUE(RunWithin(30, [&] { return std::to_string(Extract(BROWSER_CHROME, 1).size()); }, &out))
-      << "reading beside a running browser hung";
-  EXPECT_GE(std::stoul(out), 1u);
-  browser.Stop();
+  ExpectReadWhileRunning(running, BROWSER_CHROME, alpha);
   const std::vector<Delivered> after = Extract(BROWSER_CHROME, 1);
   EXPECT_EQ(VisitsBetween(after, alpha, start, time(nullptr)), 1u);
   for (const Delivered& item : after) EXPECT_EQ(item.name, "Page " + fs::path(item.url).stem().string());
 }
 
 TEST_F(RealBrowserTest, FirefoxVisitsAndItsOwnBookmarksAreRead) {
-  const std::string program = Need({"firefox-esr", "firefox"});
-  if (program.empty()) GTEST_SKIP() << m_skip;
+  const std::string program = FindProgram({"firefox-esr", "firefox"});
+  if (program.empty()) GTEST_SKIP() << "no firefox-esr on PATH";
   const std::string alpha = WritePage(m_pages, "alpha");
   const std::string beta = WritePage(m_pages, "beta");
   const std::string profile = Home() + "/.mozilla/firefox/test.default";
@@ -186,13 +187,7 @@ TEST_F(RealBrowserTest, FirefoxVisitsAndItsOwnBookmarksAreRead) {
   for (const Delivered& bookmark : Extract(BROWSER_FIREFOX, 2)) inFolder = inFolder || bookmark.path.find('/') != std::string::npos;
   EXPECT_TRUE(inFolder);
 
-  BrowserProcess browser({program, "--headless", "--profile", profile, beta});
-  ASSERT_TRUE(browser.Started());
-  std::this_thread::sleep_for(std::chrono::seconds(5));
-  std::string out;
-  ASSERT_TRUE(RunWithin(30, [&] { return std::to_string(Extract(BROWSER_FIREFOX, 1).size()); }, &out))
-      << "reading beside a running browser hung";
-  EXPECT_GE(std::stoul(out), 1u);
+  ExpectReadWhileRunning({program, "--headless", "--profile", profile, beta}, BROWSER_FIREFOX, alpha);
 }
 
 }  // namespace

@@ -26,9 +26,9 @@ constexpr uint32_t kChainEnd = 0x20000000;
 // The visits with what the urls table says of their pages; columns are
 // named, as newer versions add some.
 constexpr char kVisitsSql[] =
-    "select u.url, u.title, u.visit_count, u.typed_count, v.visit_time, u.id, v.transition from visits v join urls u "
+    "select u.url, u.title, u.typed_count, v.visit_time, u.id, v.transition from visits v join urls u "
     "on u.id = v.url where u.hidden = 0";
-constexpr int kTransitionColumn = 6;
+constexpr int kTransitionColumn = 5;
 // Visits listed in visit_source came from elsewhere (synced, an extension,
 // an import); 1 is a visit browsed here.
 constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_source where source != 1)";

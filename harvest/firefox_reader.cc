@@ -21,7 +21,7 @@ std::string Text8(sqlite3_stmt* stmt, int column) {
 // from: a visit of type 5 or 6 is the landing page, and its from_visit is
 // the visit that redirected.
 constexpr char kVisitsSql[] =
-    "select p.url, p.title, p.visit_count, p.typed, v.visit_date, p.id from moz_historyvisits v join moz_places p on "
+    "select p.url, p.title, p.typed, v.visit_date, p.id from moz_historyvisits v join moz_places p on "
     "p.id = v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8, 9) and v.id not in (select from_visit from "
     "moz_historyvisits where visit_type in (5, 6) and from_visit is not null) order by v.visit_date, v.id";
 constexpr char kFoldersSql[] = "select id, parent, title, guid from moz_bookmarks where type = 2";

@@ -37,9 +37,8 @@ const ItemStore::PageTexts& ItemStore::KeepPage(int64_t pageId, std::u16string_v
   return m_pages.insert_or_assign(pageId, PageTexts{Keep(name), Keep(url)}).first->second;
 }
 
-void ItemStore::AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, int32_t visitCount,
-                         uint32_t typedCount) {
-  m_items.emplace_back(EXTRACT_HISTORY, browser, page.name, page.url, u"", time, visitCount, typedCount);
+void ItemStore::AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, uint32_t typedCount) {
+  m_items.emplace_back(EXTRACT_HISTORY, browser, page.name, page.url, u"", time, 1, typedCount);
 }
 
 void ItemStore::AddFavorite(uint32_t browser, std::u16string_view name, std::u16string_view url,

@@ -43,8 +43,8 @@ class ItemStore {
   const PageTexts* FindPage(int64_t pageId) const;
   const PageTexts& KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url);
 
-  void AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, int32_t visitCount,
-                uint32_t typedCount);
+  // One visit of page: its count is 1, whatever the page's total.
+  void AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, uint32_t typedCount);
   void AddFavorite(uint32_t browser, std::u16string_view name, std::u16string_view url, std::u16string_view path);
 
   size_t Size() const { return m_items.size(); }

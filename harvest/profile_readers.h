@@ -1,7 +1,8 @@
 // profile_readers.h: what the extraction library delivers from a profile.
 //
 // History, one item per visit the person chose, with the local wall-clock
-// time of the visit, the page title, the URL and the URL's visit count.
+// time of the visit, the page title, the URL and the count 1: each item is
+// one visit, so the visits of a page add up to the count the browser keeps.
 //
 // Chromium: a visit is kept when it ends a navigation chain (CHAIN_END),
 // on a URL not marked hidden, browsed here (not listed in visit_source as
@@ -11,7 +12,7 @@
 //   the browser itself does not show as a visit;
 // - reloads (8): the page was already on screen; the browser does not
 //   count a reload in the URL's visit_count either, so keeping it would
-//   deliver more visits of a URL than the count that goes with them.
+//   deliver more visits of a URL than the browser itself counts.
 // A redirect step (a visit without CHAIN_END) is left out; the page where
 // the chain ended is kept. Kept as well: form submissions (7), whose result
 // page the person asked for, and steps back or forward (the FORWARD_BACK

@@ -9,10 +9,9 @@ namespace {
 
 constexpr int kURL = 0;
 constexpr int kTitle = 1;
-constexpr int kVisitCount = 2;
-constexpr int kTypedCount = 3;
-constexpr int kTime = 4;
-constexpr int kPage = 5;
+constexpr int kTypedCount = 2;
+constexpr int kTime = 3;
+constexpr int kPage = 4;
 
 }  // namespace
 
@@ -36,8 +35,7 @@ int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, uint32_t browser, 
     const int64_t pageId = sqlite3_column_int64(stmt, kPage);
     const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
     if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt, kTitle), ColumnText16(stmt, kURL));
-    lpItems->AddVisit(browser, *page, time, ClampVisitCount(sqlite3_column_int64(stmt, kVisitCount)),
-                      ClampTypedCount(sqlite3_column_int64(stmt, kTypedCount)));
+    lpItems->AddVisit(browser, *page, time, ClampTypedCount(sqlite3_column_int64(stmt, kTypedCount)));
   }
   skipped.Report(file);
   return rc;

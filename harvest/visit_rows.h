@@ -1,10 +1,14 @@
 // visit_rows.h: the rows of a history query, delivered as visits.
 //
 // Both history readers ask their file for the same columns: 0 the page's
-// address, 1 its title, 2 its visit count, 3 its typed count, 4 the visit
-// time as the browser stores it, 5 the browser's own number of the page.
-// A reader may add columns behind these for its own test of a row. The
-// checks of visit_values.h apply to every row.
+// address, 1 its title, 2 its typed count, 3 the visit time as the browser
+// stores it, 4 the browser's own number of the page. A reader may add
+// columns behind these for its own test of a row. The checks of
+// visit_values.h apply to every row.
+//
+// Each row is one visit and is delivered with the count 1. The page's own
+// visit_count is the number of such rows and is not read: handing it out
+// with every visit would count a page seen n times n * n times.
 
 #ifndef CORVANE_HARVEST_VISIT_ROWS_H_
 #define CORVANE_HARVEST_VISIT_ROWS_H_

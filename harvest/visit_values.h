@@ -5,7 +5,7 @@
 // only when its local date lies within 1970..9999 in every zone (so that
 // the calendar record and the provider's stamps can hold it; 0 in Chromium
 // would be the year 1601); the others are skipped, and one debug line per
-// file says how many. Counts are clamped, not cut: 2^32 + 1 visits stay a
+// file says how many. A typed count is clamped, not cut: 2^32 + 1 stays a
 // large count instead of becoming 1, and a negative count is no count.
 
 #ifndef CORVANE_HARVEST_VISIT_VALUES_H_
@@ -26,10 +26,6 @@ inline constexpr int64_t kMaxUnixMicros = 253402214400LL * 1000000 - 1;
 
 inline bool IsDeliverableTime(int64_t unixMicros) {
   return unixMicros >= kMinUnixMicros && unixMicros <= kMaxUnixMicros;
-}
-
-inline int32_t ClampVisitCount(int64_t count) {
-  return static_cast<int32_t>(std::clamp<int64_t>(count, 0, INT32_MAX));
 }
 
 inline uint32_t ClampTypedCount(int64_t count) {

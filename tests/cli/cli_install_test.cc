@@ -108,14 +108,15 @@ class CliDemoTest : public ::testing::Test {
   test::TempDir m_data;
 };
 
-// Sampling makes neighbours swap: a site seen on two days more than another
-// may still score a little less. Beyond that the order must hold, and no
-// site seen clearly more often than the last one shown is missing. Each
+// A site's weight adds up the days of each of its pages, so a site whose
+// visits spread over more pages may pass one used on a few more days, and
+// sampling makes neighbours swap. Beyond three days the order must hold,
+// and no site used on clearly more days than the last one shown is missing. Each
 // nested sub-site carries the ID of its host's row, as explain finds it,
 // and "hide site" takes it. A second demo on the same folder would mix its
 // visits into it.
 TEST_F(CliDemoTest, DemoRanksTheSampleProfilesSitesInTheOrderOfTheirDaysAndKeepsItsDataFolder) {
-  constexpr size_t kDayNoise = 2;
+  constexpr size_t kDayNoise = 3;
   Json::Value demo = RunJson({"demo"});
   EXPECT_EQ(Fields(demo, {"browser", "dataFolder"}), "Chrome | " + m_data.File("CorvaneApp"));
   EXPECT_TRUE(demo["update"]["updated"].asBool());

@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include "common/utf.h"
+#include "platform/ini_file.h"
 #include "harvest/fixture/browsing_model.h"
 
 namespace corvane::testing {
@@ -28,6 +29,8 @@ HarvestTest::HarvestTest() {
   SetEnv("XDG_DATA_DIRS", (Home() + "/usr-share").c_str());
   SetEnv("CORVANE_DEBUG", m_scratch.File("debug.log").c_str());
   SetEnv("TZ", "UTC");
+  SetEnv("CORVANE_APPDATA", m_appData.Path().c_str());
+  SetEnv("CORVANE_HARVEST_LIBRARY", (test::BuildLibDir() + "/libVisitHarvest.so").c_str());
 }
 
 // Newest first, so that a variable set twice gets its first value back.
@@ -43,6 +46,36 @@ std::string HarvestTest::TakeDebugLog() {
   std::string text = ReadAll(m_scratch.File("debug.log"));
   std::ofstream(m_scratch.File("debug.log"), std::ios::trunc);
   return text;
+}
+
+void HarvestTest::UpdateAt(const std::string& now, bool force) {
+  test::ScopedEnv clock("CORVANE_TEST_NOW", now.empty() ? nullptr : now.c_str());
+  ComPtr<ICorvaneDataProviderObject> provider = test::CreateProvider();
+  ASSERT_TRUE(provider);
+  ASSERT_EQ(provider->Initialize(nullptr), S_OK);
+  ASSERT_EQ(force ? provider->ForceUpdateData() : S_OK, S_OK);
+  ASSERT_EQ(provider->Uninitialize(), S_OK);
+}
+
+std::string HarvestTest::Config(const std::string& key) const {
+  std::string path = m_appData.File("CorvaneApp/DBConfig.ini");
+  return ToUtf8(ReadProfileString(FromUtf8(path), u"DBConfig", FromUtf8(key), u"", 260));
+}
+
+std::vector<std::string> HarvestTest::Column(const std::string& sql, std::string file) const {
+  if (file.empty()) file = m_appData.File("CorvaneApp/CorvaneAppDB.db");
+  std::vector<std::string> values;
+  sqlite3* db = nullptr;
+  sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+  sqlite3_stmt* stmt = nullptr;
+  if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) ADD_FAILURE() << sqlite3_errmsg(db);
+  while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
+    const unsigned char* text = sqlite3_column_text(stmt, 0);
+    values.push_back(text != nullptr ? reinterpret_cast<const char*>(text) : "");
+  }
+  sqlite3_finalize(stmt);
+  sqlite3_close(db);
+  return values;
 }
 
 std::vector<Delivered> HarvestTest::Extract(uint32_t browser, uint32_t kind) {

@@ -42,7 +42,17 @@ class HarvestTest : public ::testing::Test {
   // The debug lines written since the last call; empties the log.
   std::string TakeDebugLog();
 
+  // The component on this home, with its data folder in m_appData: a
+  // fresh provider whose Initialize runs the day's first update, as a host
+  // that starts once a day, at now (empty: the real clock); force runs it
+  // again.
+  void UpdateAt(const std::string& now, bool force = false);
+  std::string Config(const std::string& key) const;
+  // The first column of sql on the component's database, or on file.
+  std::vector<std::string> Column(const std::string& sql, std::string file = "") const;
+
   test::TempDir m_home;
+  test::TempDir m_appData;
   test::TempDir m_scratch;  // outside the home, for the test's own files
   std::vector<std::unique_ptr<test::ScopedEnv>> m_env;
 };

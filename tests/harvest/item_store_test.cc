@@ -30,9 +30,9 @@ TEST(ItemStoreTest, VisitsOfOnePageShareItsTexts) {
   EXPECT_EQ(store.FindPage(7), nullptr);
   const ItemStore::PageTexts& page = store.KeepPage(7, u"Title", u"https://example.com/");
   SYSTEMTIME time{2026, 11, 1, 23, 9, 30, 0, 0};
-  store.AddVisit(BROWSER_CHROME, page, time, 3, 1);
+  store.AddVisit(BROWSER_CHROME, page, time, 1);
   ASSERT_NE(store.FindPage(7), nullptr);
-  store.AddVisit(BROWSER_CHROME, *store.FindPage(7), time, 3, 1);
+  store.AddVisit(BROWSER_CHROME, *store.FindPage(7), time, 1);
   store.AddFavorite(BROWSER_CHROME, u"Bookmark", u"https://b.example/", u"Bookmarks bar/Work");
   ASSERT_EQ(store.Size(), 3u);
   EXPECT_EQ(store.At(0)->GetURL(), store.At(1)->GetURL());

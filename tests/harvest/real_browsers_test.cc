@@ -96,11 +96,13 @@ std::string WritePage(const std::string& folder, const std::string& name) {
 }
 
 // The delivered visits of url, each checked to have happened between the
-// two instants (TZ is UTC, so local time is the instant itself).
+// two instants (TZ is UTC, so local time is the instant itself) and to
+// count once.
 size_t VisitsBetween(const std::vector<Delivered>& items, const std::string& url, time_t from, time_t to) {
   size_t found = 0;
   for (const Delivered& item : items) {
     if (item.url != url) continue;
+    EXPECT_EQ(item.count, 1) << url;
     struct tm local {};
     local.tm_year = item.time.wYear - 1900;
     local.tm_mon = item.time.wMonth - 1;
@@ -123,7 +125,8 @@ class RealBrowserTest : public HarvestTest {
   }
 
   // Starts the browser with args and, while it runs and holds its files,
-  // reads its history: the read must end in time and still hold url.
+  // reads its history: the read must end in time and still hold the five
+  // visits of url.
   void ExpectReadWhileRunning(const std::vector<std::string>& args, uint32_t browser, const std::string& url) {
     BrowserProcess running(args);
     ASSERT_TRUE(running.Started());
@@ -134,7 +137,22 @@ class RealBrowserTest : public HarvestTest {
       return std::to_string(std::count(urls.begin(), urls.end(), url));
     };
     ASSERT_TRUE(RunWithin(30, holdsUrl, &found)) << "reading beside a running browser hung";
-    EXPECT_EQ(found, "1") << url << " missing while the browser runs";
+    EXPECT_EQ(found, "5") << url << " missing while the browser runs";
+  }
+
+  // Runs the browser once for each of args, each a visit of url that
+  // the browser ends by itself; then the browser's own count of url, the
+  // delivered visits and the component's stored sum are each 5.
+  void ExpectFiveVisitsCountedFive(const std::vector<std::vector<std::string>>& args, uint32_t browser,
+                                   const std::string& url, const std::string& countSql, const std::string& file) {
+    const time_t start = time(nullptr);
+    for (const std::vector<std::string>& run : args) {
+      ASSERT_TRUE(BrowserProcess(run).Finish(90)) << "the browser did not load the page";
+    }
+    EXPECT_EQ(Column(countSql + " where url = '" + url + "'", file), std::vector<std::string>{"5"});
+    EXPECT_EQ(VisitsBetween(Extract(browser, EXTRACT_HISTORY), url, start, time(nullptr)), 5u);
+    UpdateAt("");
+    EXPECT_EQ(Column("select sum(VisitCount) from THistory where URL = '" + url + "'"), std::vector<std::string>{"5"});
   }
 
   std::string m_pages;
@@ -151,15 +169,15 @@ TEST_F(RealBrowserTest, ChromiumVisitsAreReadAfterItEndsAndWhileItRuns) {
   const time_t start = time(nullptr);
   std::vector<std::string> once = common;
   once.insert(once.end(), {"--dump-dom", alpha});
-  ASSERT_TRUE(BrowserProcess(once).Finish(60)) << "the browser did not load the page";
-  EXPECT_EQ(VisitsBetween(Extract(BROWSER_CHROME, 1), alpha, start, time(nullptr)), 1u);
+  ExpectFiveVisitsCountedFive(std::vector<std::vector<std::string>>(5, once), BROWSER_CHROME, alpha,
+                              "select visit_count from urls", Home() + "/.config/chromium/Default/History");
 
   // A browser that keeps running holds the profile and its History open.
   std::vector<std::string> running = common;
   running.push_back(beta);
   ExpectReadWhileRunning(running, BROWSER_CHROME, alpha);
   const std::vector<Delivered> after = Extract(BROWSER_CHROME, 1);
-  EXPECT_EQ(VisitsBetween(after, alpha, start, time(nullptr)), 1u);
+  EXPECT_EQ(VisitsBetween(after, alpha, start, time(nullptr)), 5u);
   for (const Delivered& item : after) EXPECT_EQ(item.name, "Page " + fs::path(item.url).stem().string());
 }
 
@@ -173,13 +191,11 @@ TEST_F(RealBrowserTest, FirefoxVisitsAndItsOwnBookmarksAreRead) {
   std::ofstream(Home() + "/.mozilla/firefox/profiles.ini")
       << "[Profile0]\nName=default\nIsRelative=1\nPath=test.default\nDefault=1\n\n"
          "[General]\nStartWithLastProfile=1\nVersion=2\n";
-  const time_t start = time(nullptr);
-  ASSERT_TRUE(BrowserProcess({program, "--headless", "--profile", profile, "--screenshot",
-                              m_scratch.File("shot.png"), alpha})
-                  .Finish(90))
-      << "the browser did not load the page";
+  const std::vector<std::string> once = {program, "--headless", "--profile", profile, "--screenshot",
+                                         m_scratch.File("shot.png"), alpha};
+  ExpectFiveVisitsCountedFive(std::vector<std::vector<std::string>>(5, once), BROWSER_FIREFOX, alpha,
+                              "select visit_count from moz_places", profile + "/places.sqlite");
   std::vector<Delivered> visits = Extract(BROWSER_FIREFOX, 1);
-  EXPECT_EQ(VisitsBetween(visits, alpha, start, time(nullptr)), 1u);
   ASSERT_FALSE(visits.empty());
   EXPECT_EQ(visits[0].name, "Page alpha");
   // A new profile comes with the browser's own bookmarks, in a folder of a root.

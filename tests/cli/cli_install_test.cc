@@ -194,9 +194,8 @@ std::pair<uint32_t, uint32_t> PngSize(const std::string& bytes) {
 // network, to a screenshot of the window's size that is far from a blank
 // page: text, tables and bars compress far worse.
 TEST_F(CliDemoTest, ReportOfTheDemoRendersInHeadlessChromium) {
-  RunResult which = RunBinary("/bin/sh", {"-c", "command -v chromium"}, {});
-  if (which.status != 0) GTEST_SKIP() << "chromium is not installed (none on PATH): the report is not rendered";
-  std::string chromium = which.out.substr(0, which.out.find('\n'));
+  const std::string chromium = test::FindProgram({"chromium"});
+  CORVANE_REQUIRE_PROGRAM(chromium, "chromium");
   ASSERT_EQ(RunJson({"demo"})["sites"].size(), 15u);
   test::TempDir pages;
   ASSERT_EQ(Run({"report", "--html", pages.File("report.html")}).status, 0);

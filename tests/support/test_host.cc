@@ -1,6 +1,7 @@
 #include "support/test_host.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -92,6 +93,27 @@ ComPtr<ICorvaneDataProviderObject> CreateProvider() {
 std::u16string GetValue(ICorvaneDataProviderObject* provider, std::u16string_view key) {
   Bstr name(key), value;
   return provider->GetValue(name.Get(), value.Put()) == S_OK ? value.Text() : std::u16string();
+}
+
+std::string FindProgram(std::initializer_list<const char*> names) {
+  const char* path = std::getenv("PATH");
+  std::string folders = path != nullptr ? path : "";
+  for (size_t start = 0; start <= folders.size();) {
+    size_t end = folders.find(':', start);
+    if (end == std::string::npos) end = folders.size();
+    const std::string folder = folders.substr(start, end - start);
+    for (const char* name : names) {
+      const std::string candidate = folder + "/" + name;
+      if (!folder.empty() && access(candidate.c_str(), X_OK) == 0) return candidate;
+    }
+    start = end + 1;
+  }
+  return "";
+}
+
+bool InCi() {
+  const char* ci = std::getenv("CI");
+  return ci != nullptr && std::string(ci) == "true";
 }
 
 }  // namespace corvane::test

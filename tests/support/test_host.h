@@ -5,6 +5,7 @@
 #ifndef CORVANE_TESTS_SUPPORT_TEST_HOST_H_
 #define CORVANE_TESTS_SUPPORT_TEST_HOST_H_
 
+#include <initializer_list>
 #include <string>
 
 #include "corvane/CorvaneDataProvider.h"
@@ -85,6 +86,26 @@ ComPtr<I> Query(IUnknown* object, const IID& iid) {
 
 // GetValue as text; empty when it fails.
 std::u16string GetValue(ICorvaneDataProviderObject* provider, std::u16string_view key);
+
+// The first of names found on PATH; empty when none is.
+std::string FindProgram(std::initializer_list<const char*> names);
+// True where $CI is "true": there scripts/test.sh has installed every
+// program a test needs, so a missing one is a failure, not a skip.
+bool InCi();
+
+}  // namespace corvane::test
+
+// Skips the test when path (from FindProgram) is empty, with a message
+// naming what is missing; in CI the test fails instead.
+#define CORVANE_REQUIRE_PROGRAM(path, what)                                                          \
+  do {                                                                                               \
+    if ((path).empty()) {                                                                            \
+      if (::corvane::test::InCi()) FAIL() << (what) << " is not installed; CI runs every test";      \
+      GTEST_SKIP() << (what) << " is not installed: this test needs it";                             \
+    }                                                                                                \
+  } while (false)
+
+namespace corvane::test {
 
 }  // namespace corvane::test
 

@@ -16,6 +16,10 @@ I* QueryOrNull(IUnknown* object, const IID& iid) {
   return result;
 }
 
+// Words a person might type into the history search of the start page:
+// hosts and words of titles of the fixture's history.
+constexpr std::u16string_view kTypedWords[] = {u"youtube", u"github", u"wikipedia", u"news", u"forum", u"weather"};
+
 void ReleaseIf(IUnknown* object) {
   if (object != nullptr) object->Release();
 }
@@ -39,7 +43,7 @@ CallTiming Time(const std::string& name, size_t repetitions, const std::function
 
 }  // namespace
 
-std::vector<CallTiming> MeasureHostCalls(size_t repetitions, const std::u16string& searchText) {
+std::vector<CallTiming> MeasureHostCalls(size_t repetitions) {
   std::vector<CallTiming> timings;
   IClassFactory* factory = nullptr;
   if (DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)) < 0) {
@@ -91,14 +95,20 @@ std::vector<CallTiming> MeasureHostCalls(size_t repetitions, const std::u16strin
     }));
   }
   if (historySearch != nullptr) {
-    BSTR search = SysAllocString(searchText.c_str());
-    timings.push_back(Time("history SearchURLs", std::max<size_t>(repetitions / 10, 5), nullptr, [&] {
+    std::vector<BSTR> typed;
+    for (std::u16string_view word : kTypedWords) {
+      for (size_t length = 1; length <= word.size(); ++length) {
+        typed.push_back(SysAllocString(std::u16string(word.substr(0, length)).c_str()));
+      }
+    }
+    size_t next = 0;
+    timings.push_back(Time("history SearchURLs", std::max<size_t>(repetitions / 10, 5) * typed.size(), nullptr, [&] {
       IUnknown* rows = nullptr;
-      HRESULT hr = historySearch->SearchURLs(search, &rows);
+      HRESULT hr = historySearch->SearchURLs(typed[next++ % typed.size()], &rows);
       ReleaseIf(rows);
       return hr;
     }));
-    SysFreeString(search);
+    for (BSTR text : typed) SysFreeString(text);
   }
   ReleaseIf(common);
   ReleaseIf(historyList);

@@ -19,8 +19,9 @@ struct CallTiming {
 
 // Creates a provider on the data folder of $CORVANE_APPDATA (whose update
 // already ran today) and times GetRecomURLs(20), GetRecentHistory(20), a
-// history listing of 200 rows and a search.
-std::vector<CallTiming> MeasureHostCalls(size_t repetitions, const std::u16string& searchText);
+// history listing of 200 rows and the history searches of a person typing
+// a few words (each prefix of each word, from its first character on).
+std::vector<CallTiming> MeasureHostCalls(size_t repetitions);
 
 }  // namespace corvane::bench
 

@@ -52,7 +52,7 @@ HRESULT BuildDateGroups(CSqliteStatement* stmt, uint32_t uToday, ComPtr<CURLArra
   int64_t currentDate = 0;
   while (stmt->Step()) {
     const int64_t visitDate = stmt->ColumnInt64(5);
-    const std::u16string visitTime = stmt->ColumnText16(4);
+    const std::u16string_view visitTime = stmt->ColumnText16View(4);
     if (visitDate != currentDate) {
       currentDate = visitDate;
       if (day) groups->Append(day->AsUnknown());
@@ -67,8 +67,8 @@ HRESULT BuildDateGroups(CSqliteStatement* stmt, uint32_t uToday, ComPtr<CURLArra
     }
     ComPtr<CURLInfo> visit(CreateObject<CURLInfo>());
     if (!visit) continue;
-    visit->SetInfo(static_cast<uint32_t>(stmt->ColumnInt64(0)), stmt->ColumnText16(1), stmt->ColumnText16(2), u"",
-                   visitTime);
+    visit->SetInfo(static_cast<uint32_t>(stmt->ColumnInt64(0)), stmt->ColumnText16View(1), stmt->ColumnText16View(2),
+                   u"", visitTime);
     day->Append(visit->AsUnknown());
   }
   if (day) groups->Append(day->AsUnknown());

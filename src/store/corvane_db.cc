@@ -6,6 +6,7 @@
 #include "platform/folder_access.h"
 #include "platform/ini_file.h"
 #include "platform/paths.h"
+#include "store/history_search.h"
 #include "store/schema.h"
 
 namespace corvane {
@@ -167,6 +168,8 @@ HRESULT CCorvaneDB::CreateSchema() {
   if (FAILED(hr)) return hr;
   hr = CreateTableWithIndices(schema::kPreparedURL, schema::kCreatePreparedURL, {});
   if (FAILED(hr)) return hr;
+  // Without its index a search reads every row, and finds the same.
+  static_cast<void>(CreateHistorySearchIndex(this));
   const std::pair<const char16_t*, const char16_t*> kLists[] = {
       {schema::kWhiteList, schema::kCreateWhiteList},
       {schema::kBlackList, schema::kCreateBlackList},

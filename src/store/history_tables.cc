@@ -16,6 +16,7 @@
 #include "common/utf.h"
 #include "corvane/VisitHarvest.h"
 #include "store/corvane_db.h"
+#include "store/history_search.h"
 #include "store/schema.h"
 
 namespace corvane {
@@ -158,6 +159,7 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
     for (const char16_t* column : kHistoryIndexColumns) {
       static_cast<void>(Exec(u"drop index if exists THistory_" + std::u16string(column) + u";"));
     }
+    static_cast<void>(DropHistorySearchRowIndex(this));
     StatementPtr insert = Prepare(kInsertHistory);
     uint32_t count = insert ? pExtractor->GetCount() : 0;
     Visit visit;
@@ -169,6 +171,8 @@ HRESULT CCorvaneDB::AddHistory(IExtractor* pExtractor) {
     }
     insert.reset();
     for (const char16_t* column : kHistoryIndexColumns) static_cast<void>(CreateIndex(schema::kHistory, column));
+    static_cast<void>(CreateHistorySearchIndex(this));
+    static_cast<void>(UpdateHistorySearchIndex(this));
     static_cast<void>(EndTransaction());
   }
   static_cast<void>(SetConfigInt(kAddHistoryCount, stored));
@@ -197,6 +201,7 @@ HRESULT CCorvaneDB::AddNewHistory(IExtractor* pExtractor) {
       if (BindHistoryRow(insert.get(), visit, visit.count, visit.browser) && insert->Execute()) ++stored;
     }
     insert.reset();
+    static_cast<void>(UpdateHistorySearchIndex(this));
     static_cast<void>(EndTransaction());
   }
   static_cast<void>(SetConfigInt(kAddHistoryCount, stored));
@@ -218,6 +223,9 @@ HRESULT CCorvaneDB::GetNewestVisitTime(uint64_t* lpTime) {
 HRESULT CCorvaneDB::ClearHistory() {
   bool deleted = Exec(u"delete from THistory;");
   static_cast<void>(Exec(u"update sqlite_sequence set seq = 0 where name='THistory';"));
+  // The numbers of the rows start again from 1: the index must not take
+  // them for rows it has seen.
+  if (deleted) static_cast<void>(ClearHistorySearchIndex(this));
   return deleted ? S_OK : E_FAIL;
 }
 
@@ -305,6 +313,7 @@ HRESULT CCorvaneDB::MergeIEHistory(IExtractor* pExtractor) {
     MergeOneItem(&state, visit);
   }
   snapshotInsert.reset();
+  if (state.added > 0) static_cast<void>(UpdateHistorySearchIndex(this));
   static_cast<void>(EndTransaction());
   if (state.snapshot > 0) static_cast<void>(SetConfig(kIEInitialized, TodayDateText()));
   if (state.added == 0) return S_OK;
@@ -334,21 +343,32 @@ HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, Stat
       lppStmt);
 }
 
+// The search of the operation: every visible row whose title or address
+// holds the text, by like. On THistory the rows tested are those that the
+// search index names (history_search.h), which leaves the result the same;
+// where the index can't serve the text, or is missing, every row is tested.
 HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser,
                StatementPtr* lppStmt) {
   if (lppStmt == nullptr) return E_POINTER;
-  std::u16string sql = FillTemplate(
-      u"select * from %s where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0", table);
-  if (uBrowser != 0) sql += u" and  Browser = " + Number(uBrowser);
-  sql += u" order by VisitDate desc, VisitTime desc;";
-  StatementPtr stmt = db->Prepare(sql);
-  if (!stmt) return E_FAIL;
   const std::u16string pattern = LikePattern(text);
   if (!PatternFitsLike(db, pattern)) {
     DebugLog("search text of %zu characters is too long for like", text.size());
     return E_FAIL;
   }
-  if (!stmt->BindText16(0, pattern)) return E_FAIL;
+  std::u16string filter = u"( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0";
+  if (uBrowser != 0) filter += u" and  Browser = " + Number(uBrowser);
+  // Visits of the same instant come newest stored first, whichever rows
+  // the search tests.
+  constexpr char16_t kOrder[] = u"VisitDate desc, VisitTime desc, HID desc";
+  std::u16string phrase;
+  StatementPtr stmt;
+  if (std::u16string_view(table) == schema::kHistory &&
+      HistorySearchPhrase(text.substr(0, text.find(u'\0')), &phrase)) {
+    stmt = db->Prepare(IndexedHistorySearch(filter, kOrder));
+    if (stmt && !stmt->BindText16(1, phrase)) return E_FAIL;
+  }
+  if (!stmt) stmt = db->Prepare(FillTemplate(u"select * from %s where ", table) + filter + u" order by " + kOrder + u";");
+  if (!stmt || !stmt->BindText16(0, pattern)) return E_FAIL;
   *lppStmt = std::move(stmt);
   return S_OK;
 }

@@ -127,11 +127,13 @@ int64_t CSqliteStatement::ColumnInt64(int column) { return sqlite3_column_int64(
 
 double CSqliteStatement::ColumnDouble(int column) { return sqlite3_column_double(m_pStmt, column); }
 
-std::u16string CSqliteStatement::ColumnText16(int column) {
+std::u16string CSqliteStatement::ColumnText16(int column) { return std::u16string(ColumnText16View(column)); }
+
+std::u16string_view CSqliteStatement::ColumnText16View(int column) {
   const void* text = sqlite3_column_text16(m_pStmt, column);
-  if (text == nullptr) return std::u16string();
+  if (text == nullptr) return std::u16string_view();
   int bytes = sqlite3_column_bytes16(m_pStmt, column);
-  return std::u16string(static_cast<const char16_t*>(text), static_cast<size_t>(bytes) / 2);
+  return std::u16string_view(static_cast<const char16_t*>(text), static_cast<size_t>(bytes) / 2);
 }
 
 bool CSqliteStatement::ColumnIsNull(int column) { return sqlite3_column_type(m_pStmt, column) == SQLITE_NULL; }

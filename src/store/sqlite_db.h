@@ -68,6 +68,9 @@ class CSqliteStatement {
   double ColumnDouble(int column);
   // A null column gives the empty string.
   std::u16string ColumnText16(int column);
+  // The same text without a copy: valid until the next Step, Reset or
+  // Execute of this statement.
+  std::u16string_view ColumnText16View(int column);
   bool ColumnIsNull(int column);
 
   // Clears bindings and resets, so the statement can be reused.

@@ -60,8 +60,11 @@ std::set<std::string> SchemaNames(const std::string& path, const char* type) {
   return names;
 }
 
-const std::set<std::string> kSchemaTables = {"THistory",   "TFavorite",  "TFocusURL", "TIEHistory",      "TPreparedURL",
-                                             "TWhiteList", "TBlackList", "TSubList",  "TRecommendDomain"};
+// The schema, and beside it the history search index with its FTS5 shadow tables.
+const std::set<std::string> kSchemaTables = {
+    "THistory",   "TFavorite",      "TFocusURL",      "TIEHistory",          "TPreparedURL",          "TWhiteList",
+    "TBlackList", "TSubList",       "TRecommendDomain", "THistoryText",      "THistorySearchState",   "THistorySearch",
+    "THistorySearch_config", "THistorySearch_data", "THistorySearch_docsize", "THistorySearch_idx"};
 
 class ProviderTest : public ::testing::Test {
  protected:
@@ -105,12 +108,12 @@ TEST_F(ProviderTest, FirstInitializeCreatesFolderDatabaseAndFiles) {
   tables.insert({"TRecommendURL", "TZS", "TSubDomain", "TRecentHistory", "TRecentHistory_Match", "TRecentDomain",
                  "TRecentDomainTemp", "e2", "e3", "j1", "h2", "z"});
   EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table"), tables);
-  // The ten indices of the schema, and no other: the tables built at run
-  // time have none.
+  // The ten indices of the schema and the search's row index beside them,
+  // and no other: the tables built at run time have none.
   EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "index"),
             (std::set<std::string>{"THistory_VisitTime", "THistory_VisitDate", "THistory_HideDate", "THistory_URL",
                                    "TFavorite_URL_Name_Path", "TFocusURL_URL", "TIEHistory_VisitTime",
-                                   "TIEHistory_VisitDate", "TIEHistory_HideDate", "TIEHistory_URL"}));
+                                   "TIEHistory_VisitDate", "TIEHistory_HideDate", "TIEHistory_URL", "THistory_Search"}));
   // Settings.ini holds the built-in set, all five keys.
   EXPECT_EQ(Settings(), kDefaults);
   EXPECT_EQ(SettingsKey(u"Default"), u"true");
@@ -233,7 +236,7 @@ TEST_F(ProviderTest, GetValueReadsKeysOfAConfigFileWithGarbageLines) {
   WriteDataFile("DBConfig.ini", content);
   ASSERT_EQ(Initialize(), S_OK);
   EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table"), kSchemaTables);
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "index").size(), 10u);
+  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "index").size(), 11u);
   EXPECT_EQ(GetValue(m_provider.Get(), u"LastUpdate"), u"2024.03.05 2 01:00:00.000");
   EXPECT_EQ(GetValue(m_provider.Get(), u"Nul"), u"ab");
   EXPECT_EQ(GetValue(m_provider.Get(), u"Bad"), u"\uFFFD(x");

@@ -45,16 +45,16 @@ bool IsChosenVisit(sqlite3_stmt* stmt) {
          core != kKeywordGenerated && core != kReload;
 }
 
-void AddBookmarks(const Json::Value& node, const std::string& path, uint32_t browser, ItemStore* lpItems) {
+void AddBookmarks(const Json::Value& node, const std::string& path, ItemStore* lpItems) {
   if (!node.isObject() || !node["children"].isArray()) return;
   for (const Json::Value& child : node["children"]) {
     if (!child.isObject() || !child["type"].isString()) continue;
     std::string type = child["type"].asString();
     std::string name = child["name"].isString() ? child["name"].asString() : std::string();
     if (type == "folder") {
-      AddBookmarks(child, path + "/" + name, browser, lpItems);
+      AddBookmarks(child, path + "/" + name, lpItems);
     } else if (type == "url" && child["url"].isString()) {
-      lpItems->AddFavorite(browser, FromUtf8(name), FromUtf8(child["url"].asString()), FromUtf8(path));
+      lpItems->AddFavorite(FromUtf8(name), FromUtf8(child["url"].asString()), FromUtf8(path));
     }
   }
 }
@@ -85,7 +85,7 @@ bool ReadBookmarksFile(const std::string& path, Json::Value* lpRoot, bool* lpMis
 
 }  // namespace
 
-bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
+bool ReadChromiumHistory(const std::string& profile, ItemStore* lpItems) {
   PrivateCopy copy;
   std::string file = profile + "/History";
   if (!copy.Open(file)) return false;
@@ -93,13 +93,13 @@ bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore
   bool sources = hasSources && sqlite3_step(hasSources.get()) == SQLITE_ROW;
   Statement stmt = copy.Prepare(std::string(kVisitsSql) + (sources ? kBrowsedHereSql : "") + kVisitOrderSql);
   if (!stmt) return false;
-  int rc = AddVisitRows(stmt.get(), VisitQuery{kWindowsEpochMicros, IsChosenVisit}, browser, file, lpItems);
+  int rc = AddVisitRows(stmt.get(), VisitQuery{kWindowsEpochMicros, IsChosenVisit}, file, lpItems);
   if (copy.Finished(rc)) return true;
-  lpItems->Clear();
+  lpItems->AbandonSource();
   return false;
 }
 
-bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
+bool ReadChromiumBookmarks(const std::string& profile, ItemStore* lpItems) {
   // The profile's own bookmarks, then those the signed-in account keeps
   // apart in newer versions, in the same format. Only the first is always
   // there once the person has bookmarked anything.
@@ -117,7 +117,7 @@ bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemSto
     // The browser shows its roots under localized names; these are ours.
     const std::pair<const char*, const char*> kRoots[] = {
         {"bookmark_bar", "Bookmarks bar"}, {"other", "Other bookmarks"}, {"synced", "Mobile bookmarks"}};
-    for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, browser, lpItems);
+    for (const auto& [key, name] : kRoots) AddBookmarks(roots[key], name, lpItems);
   }
   return read;
 }

@@ -7,6 +7,7 @@
 
 #include "common/debug_log.h"
 #include "corvane/VisitHarvest.h"
+#include "harvest/browser_catalog.h"
 #include "harvest/small_file.h"
 
 namespace corvane::harvest {
@@ -99,21 +100,12 @@ std::vector<std::string> ApplicationFolders() {
 }
 
 uint32_t BrowserOfDesktopFile(const std::string& desktopFile) {
-  static const std::pair<const char*, uint32_t> kDesktopFiles[] = {
-      {"google-chrome.desktop", BROWSER_CHROME},        {"google-chrome-beta.desktop", BROWSER_CHROME},
-      {"google-chrome-unstable.desktop", BROWSER_CHROME}, {"com.google.Chrome.desktop", BROWSER_CHROME},
-      {"chromium.desktop", BROWSER_CHROME},             {"chromium-browser.desktop", BROWSER_CHROME},
-      {"org.chromium.Chromium.desktop", BROWSER_CHROME}, {"chromium_chromium.desktop", BROWSER_CHROME},
-      {"firefox.desktop", BROWSER_FIREFOX},             {"firefox-esr.desktop", BROWSER_FIREFOX},
-      {"org.mozilla.firefox.desktop", BROWSER_FIREFOX}, {"firefox_firefox.desktop", BROWSER_FIREFOX},
-  };
-  for (const auto& [name, browser] : kDesktopFiles) {
-    if (desktopFile == name) return browser;
-  }
-  return BROWSER_NONE;
+  const std::vector<std::string> products = ProductsOfDesktopFile(desktopFile);
+  const Product* product = products.empty() ? nullptr : FindProduct(products.front());
+  return product != nullptr ? FamilyValue(product->family) : BROWSER_NONE;
 }
 
-uint32_t DefaultBrowserFromMimeApps() {
+std::string DefaultDesktopFile() {
   std::vector<std::string> applications = ApplicationFolders();
   for (const std::string& file : MimeAppsFiles()) {
     std::string value;
@@ -121,14 +113,21 @@ uint32_t DefaultBrowserFromMimeApps() {
     // The first installed entry is the default, whether we read it or not;
     // a list with no installed entry passes on to the next file.
     for (const std::string& desktop : Split(value, ';')) {
-      if (!IsInstalled(desktop, applications)) continue;
-      uint32_t browser = BrowserOfDesktopFile(desktop);
-      if (browser == BROWSER_NONE) DebugLog("harvest: the default browser %s is none we read\n", desktop.c_str());
-      return browser;
+      if (IsInstalled(desktop, applications)) return desktop;
     }
   }
-  DebugLog("harvest: no mimeapps.list names an installed browser for x-scheme-handler/http\n");
-  return BROWSER_NONE;
+  return std::string();
+}
+
+uint32_t DefaultBrowserFromMimeApps() {
+  const std::string desktop = DefaultDesktopFile();
+  if (desktop.empty()) {
+    DebugLog("harvest: no mimeapps.list names an installed browser for x-scheme-handler/http\n");
+    return BROWSER_NONE;
+  }
+  const uint32_t browser = BrowserOfDesktopFile(desktop);
+  if (browser == BROWSER_NONE) DebugLog("harvest: the default browser %s is none we read\n", desktop.c_str());
+  return browser;
 }
 
 }  // namespace corvane::harvest

@@ -1,6 +1,7 @@
 // default_browser.h: the user's default web browser from the XDG
 // mimeapps.list chain (x-scheme-handler/http), read without starting any
-// process. Only browsers that this library reads are named.
+// process. Only browsers that this library reads are named; which ones,
+// and their desktop files, the catalogue says (browser_catalog.h).
 
 #ifndef CORVANE_HARVEST_DEFAULT_BROWSER_H_
 #define CORVANE_HARVEST_DEFAULT_BROWSER_H_
@@ -19,6 +20,10 @@ std::vector<std::string> ApplicationFolders();
 
 // The browser value of a desktop file name; 0 for one we don't read.
 uint32_t BrowserOfDesktopFile(const std::string& desktopFile);
+
+// The desktop file of the default browser by the rule below, whether we
+// read that browser or not; empty when no file names an installed one.
+std::string DefaultDesktopFile();
 
 // One rule: the files are asked in order, and in the first file whose
 // x-scheme-handler/http names an installed desktop file (one found in an

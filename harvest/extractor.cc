@@ -3,21 +3,45 @@
 #include <time.h>
 
 #include <cstdlib>
+#include <set>
 
 #include "common/debug_log.h"
 #include "corvane/VisitHarvest.h"
 #include "harvest/default_browser.h"
-#include "harvest/profile_locator.h"
 #include "harvest/profile_readers.h"
+#include "harvest/sources.h"
 
 namespace corvane::harvest {
 namespace {
 
-// The profile folder of a browser value we read; empty otherwise.
-std::string ProfileOf(uint32_t browser) {
-  if (browser == BROWSER_CHROME) return FindChromiumProfile();
-  if (browser == BROWSER_FIREFOX) return FindFirefoxProfile();
-  return std::string();
+// The profiles an extraction of a browser value reads; empty for a value of
+// no family we read.
+std::vector<const BrowserProfile*> SourcesOf(uint32_t browser, const std::vector<BrowserProfile>& profiles) {
+  Family family;
+  if (!FamilyOfValue(browser, &family)) return {};
+  std::vector<std::string> problems;
+  std::vector<const BrowserProfile*> sources =
+      ChosenProfiles(ReadSourceChoice(), profiles, family, ProductsOfDesktopFile(DefaultDesktopFile()), &problems);
+  for (const std::string& problem : problems) DebugLog("harvest: Harvest.ini: %s: passed over\n", problem.c_str());
+  return sources;
+}
+
+// What leads a favourite's folder path when the profiles of a delivery
+// differ: the browser's name, and the profile's where the browser gives
+// more than one.
+std::string PathPrefix(const BrowserProfile& source, const std::vector<const BrowserProfile*>& sources) {
+  if (sources.size() < 2) return std::string();
+  size_t sameProduct = 0;
+  for (const BrowserProfile* other : sources) sameProduct += other->product == source.product ? 1 : 0;
+  return std::string(source.product->name) + (sameProduct > 1 ? " (" + source.label + ")" : "") + "/";
+}
+
+bool ReadSource(const BrowserProfile& source, uint32_t kind, ItemStore* lpItems) {
+  const bool chromium = source.product->family == Family::kChromium;
+  if (kind == EXTRACT_HISTORY) {
+    return chromium ? ReadChromiumHistory(source.folder, lpItems) : ReadFirefoxHistory(source.folder, lpItems);
+  }
+  return chromium ? ReadChromiumBookmarks(source.folder, lpItems) : ReadFirefoxBookmarks(source.folder, lpItems);
 }
 
 class HarvestExtractor final : public IExtractor {
@@ -38,39 +62,42 @@ class HarvestExtractor final : public IExtractor {
   bool Extract(uint32_t uBrowser, uint32_t uKind) override {
     FreeItems();
     m_browser = uBrowser;
-    if (uBrowser != BROWSER_CHROME && uBrowser != BROWSER_FIREFOX) {
-      DebugLog("harvest: browser 0x%x is none this library reads\n", uBrowser);
-      return false;
-    }
     if (uKind != EXTRACT_HISTORY && uKind != EXTRACT_FAVORITES) {
       DebugLog("harvest: no kind %u to extract\n", uKind);
       return false;
     }
     // The local zone, read once for every visit time of this delivery.
     tzset();
-    std::string profile = ProfileOf(uBrowser);
-    if (profile.empty()) {
-      DebugLog("harvest: no profile of %s under HOME=%s\n", uBrowser == BROWSER_CHROME ? "Chrome" : "Firefox",
-               std::getenv("HOME") != nullptr ? std::getenv("HOME") : "(unset)");
+    Family family;
+    if (!FamilyOfValue(uBrowser, &family)) {
+      DebugLog("harvest: browser 0x%x is none this library reads\n", uBrowser);
       return false;
     }
-    // A reader that can't read its file says why; one that could reads
-    // what it holds, possibly nothing.
-    if (!Read(profile, uBrowser, uKind)) return true;
-    DebugLog("harvest: %zu items of kind %u from %s\n", m_items.Size(), uKind, profile.c_str());
+    const std::vector<BrowserProfile> profiles = FindProfiles();
+    const std::vector<const BrowserProfile*> sources = SourcesOf(uBrowser, profiles);
+    if (sources.empty()) {
+      DebugLog("harvest: no profile of %s under HOME=%s\n",
+               family == Family::kChromium ? "Chrome or another browser of its family" : "Firefox or its family",
+               std::getenv("HOME") != nullptr ? std::getenv("HOME") : "(unset)");
+      RecordLastRead(uKind, {});
+      return false;
+    }
+    ReadCounts counts;
+    for (const BrowserProfile* source : sources) {
+      m_items.StartSource(FamilyValue(source->product->family), PathPrefix(*source, sources));
+      // A source that can't be read says why and adds nothing; the others
+      // are still read.
+      if (!ReadSource(*source, uKind, &m_items)) continue;
+      counts.emplace_back(source->SourceName(), static_cast<uint32_t>(m_items.SourceSize()));
+      DebugLog("harvest: %zu items of kind %u from %s (%s)\n", m_items.SourceSize(), uKind,
+               source->SourceName().c_str(), source->folder.c_str());
+    }
+    m_items.MergeSources();
+    RecordLastRead(uKind, counts);
     return true;
   }
 
  private:
-  bool Read(const std::string& profile, uint32_t browser, uint32_t kind) {
-    bool chromium = browser == BROWSER_CHROME;
-    if (kind == EXTRACT_HISTORY) {
-      return chromium ? ReadChromiumHistory(profile, browser, &m_items) : ReadFirefoxHistory(profile, browser, &m_items);
-    }
-    return chromium ? ReadChromiumBookmarks(profile, browser, &m_items)
-                    : ReadFirefoxBookmarks(profile, browser, &m_items);
-  }
-
   ItemStore m_items;
   uint32_t m_next = 0;
   uint32_t m_browser = 0;
@@ -92,7 +119,7 @@ __attribute__((visibility("default"))) uint32_t GetDefautBrowser() {
 }
 
 __attribute__((visibility("default"))) bool IsBrowserInstalled(uint32_t uBrowser) {
-  return !corvane::harvest::ProfileOf(uBrowser).empty();
+  return !corvane::harvest::SourcesOf(uBrowser, corvane::harvest::FindProfiles()).empty();
 }
 
 }  // extern "C"

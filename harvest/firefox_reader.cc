@@ -60,19 +60,19 @@ std::string PathOf(int64_t folder, const std::map<int64_t, Folder>& folders) {
 
 }  // namespace
 
-bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
+bool ReadFirefoxHistory(const std::string& profile, ItemStore* lpItems) {
   PrivateCopy copy;
   std::string file = profile + "/places.sqlite";
   if (!copy.Open(file)) return false;
   Statement stmt = copy.Prepare(kVisitsSql);
   if (!stmt) return false;
-  int rc = AddVisitRows(stmt.get(), VisitQuery{0, nullptr}, browser, file, lpItems);
+  int rc = AddVisitRows(stmt.get(), VisitQuery{0, nullptr}, file, lpItems);
   if (copy.Finished(rc)) return true;
-  lpItems->Clear();
+  lpItems->AbandonSource();
   return false;
 }
 
-bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems) {
+bool ReadFirefoxBookmarks(const std::string& profile, ItemStore* lpItems) {
   PrivateCopy copy;
   if (!copy.Open(profile + "/places.sqlite")) return false;
   std::map<int64_t, Folder> folders;
@@ -89,10 +89,10 @@ bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemStor
   while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
     std::string path = PathOf(sqlite3_column_int64(stmt.get(), 2), folders);
     if (path.empty()) continue;
-    lpItems->AddFavorite(browser, ColumnText16(stmt.get(), 0), ColumnText16(stmt.get(), 1), FromUtf8(path));
+    lpItems->AddFavorite(ColumnText16(stmt.get(), 0), ColumnText16(stmt.get(), 1), FromUtf8(path));
   }
   if (copy.Finished(rc)) return true;
-  lpItems->Clear();
+  lpItems->AbandonSource();
   return false;
 }
 

@@ -1,41 +1,75 @@
-// harvest_item.h: one delivered entry of the extraction library. Its texts
-// belong to the ItemStore that holds it (item_store.h) and stay valid until
-// the store is cleared.
+// harvest_item.h: the items of one delivery. Their texts belong to the
+// ItemStore that holds them (item_store.h) and stay valid until the store
+// is cleared.
+//
+// A visit is kept small, for a heavy user's history is a million visits
+// and more: the texts of its page, kept once per page, the instant of the
+// visit, and the browser value of its source. Its local calendar time is
+// worked out when it is asked for.
 
 #ifndef CORVANE_HARVEST_HARVEST_ITEM_H_
 #define CORVANE_HARVEST_HARVEST_ITEM_H_
+
+#include <cstdint>
 
 #include "corvane/VisitHarvest.h"
 
 namespace corvane::harvest {
 
-class HarvestItem final : public IExtractItem {
- public:
-  HarvestItem(uint32_t kind, uint32_t browser, const char16_t* name, const char16_t* url, const char16_t* path,
-              const SYSTEMTIME& time, int32_t visitCount, uint32_t typedCount)
-      : m_kind(kind), m_browser(browser), m_name(name), m_url(url), m_path(path), m_time(time),
-        m_visitCount(visitCount), m_typedCount(typedCount) {}
+// The kept texts of a page of a browser's history.
+struct PageTexts {
+  const char16_t* name;
+  const char16_t* url;
+  uint32_t typedCount;
+};
 
-  uint32_t GetKind() override { return m_kind; }
+class VisitItem final : public IExtractItem {
+ public:
+  VisitItem(const PageTexts* page, int64_t unixMicros, uint32_t browser, uint16_t source)
+      : m_page(page), m_unixMicros(unixMicros), m_browser(browser), m_source(source) {}
+
+  uint32_t GetKind() override { return EXTRACT_HISTORY; }
   uint32_t GetBrowser() override { return m_browser; }
-  uint32_t GetTypedCount() override { return m_typedCount; }
+  uint32_t GetTypedCount() override { return m_page->typedCount; }
+  void GetVisitTime(SYSTEMTIME* lpTime) override;
+  const char16_t* GetName() override { return m_page->name; }
+  const char16_t* GetURL() override { return m_page->url; }
+  const char16_t* GetPath() override { return u""; }
+  // Each item is one visit.
+  int32_t GetVisitCount() override { return 1; }
+
+  int64_t UnixMicros() const { return m_unixMicros; }
+  uint16_t Source() const { return m_source; }
+  const char16_t* KeptURL() const { return m_page->url; }
+
+ private:
+  const PageTexts* m_page;
+  int64_t m_unixMicros;
+  uint32_t m_browser;
+  uint16_t m_source;
+};
+
+class FavoriteItem final : public IExtractItem {
+ public:
+  FavoriteItem(uint32_t browser, const char16_t* name, const char16_t* url, const char16_t* path)
+      : m_browser(browser), m_name(name), m_url(url), m_path(path) {}
+
+  uint32_t GetKind() override { return EXTRACT_FAVORITES; }
+  uint32_t GetBrowser() override { return m_browser; }
+  uint32_t GetTypedCount() override { return 0; }
   void GetVisitTime(SYSTEMTIME* lpTime) override {
-    if (lpTime != nullptr) *lpTime = m_time;
+    if (lpTime != nullptr) *lpTime = SYSTEMTIME{};
   }
   const char16_t* GetName() override { return m_name; }
   const char16_t* GetURL() override { return m_url; }
   const char16_t* GetPath() override { return m_path; }
-  int32_t GetVisitCount() override { return m_visitCount; }
+  int32_t GetVisitCount() override { return 0; }
 
  private:
-  uint32_t m_kind;
   uint32_t m_browser;
   const char16_t* m_name;
   const char16_t* m_url;
   const char16_t* m_path;
-  SYSTEMTIME m_time;
-  int32_t m_visitCount;
-  uint32_t m_typedCount;
 };
 
 }  // namespace corvane::harvest

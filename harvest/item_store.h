@@ -1,12 +1,19 @@
-// item_store.h: the items of one delivery and their texts.
+// item_store.h: the items of one delivery, from one or more profiles.
 //
 // A heavy user's history is a hundred thousand visits and more, of a few
-// ten thousand pages. Items that each held three strings of their own would
-// cost three allocations a visit, more than reading the visit does. The
-// store keeps its items in a deque, whose elements never move, and every
-// text in large blocks, each text followed by its terminator, so that the
-// pointers that the items hand out stay valid until Clear. The title and
-// address of a page are kept once, however many visits share them.
+// ten thousand pages. The store keeps its items in deques, whose elements
+// never move, and every text once, in large blocks, each text followed by
+// its terminator, so that the pointers that the items hand out stay valid
+// until Clear. A text is kept once however many pages, visits and profiles
+// share it.
+//
+// The profiles of a delivery are read one after the other, each a source:
+// StartSource begins one, AbandonSource drops what a source that failed had
+// added. Each source delivers its visits in time order; MergeSources then
+// orders all visits by their instant (a visit of an earlier source first on
+// a tie) and drops a visit that an earlier source holds for the same URL in
+// the same second: a synced copy of one visit counts once. Favourites are
+// delivered in the order read, a URL bookmarked twice once.
 
 #ifndef CORVANE_HARVEST_ITEM_STORE_H_
 #define CORVANE_HARVEST_ITEM_STORE_H_
@@ -15,8 +22,10 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "harvest/harvest_item.h"
@@ -29,31 +38,50 @@ class ItemStore {
   ItemStore(const ItemStore&) = delete;
   ItemStore& operator=(const ItemStore&) = delete;
 
-  // A copy of the text, with its terminator, that lives until Clear. The
-  // empty text needs no copy.
+  // A copy of the text, with its terminator, that lives until Clear; the
+  // same text asked for again gives the same copy.
   const char16_t* Keep(std::u16string_view text);
 
-  // The kept texts of one page of the browser's history, by the browser's
-  // own number of the page.
-  struct PageTexts {
-    const char16_t* name;
-    const char16_t* url;
-  };
+  // Begins a source whose items carry the browser value; a favourite's path
+  // is led by pathPrefix ("Brave/") when one is given.
+  void StartSource(uint32_t browser, std::string_view pathPrefix = {});
+  // Drops the items the current source added.
+  void AbandonSource();
+
+  // The pages of the current source, by the browser's own number of a page.
   // Null for a page not kept yet.
   const PageTexts* FindPage(int64_t pageId) const;
-  const PageTexts& KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url);
+  const PageTexts& KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url, uint32_t typedCount);
 
-  // One visit of page: its count is 1, whatever the page's total.
-  void AddVisit(uint32_t browser, const PageTexts& page, const SYSTEMTIME& time, uint32_t typedCount);
-  void AddFavorite(uint32_t browser, std::u16string_view name, std::u16string_view url, std::u16string_view path);
+  // A visit of the current source, at an instant in microseconds since
+  // 1970 (UTC); the visits of a source come in time order.
+  void AddVisit(const PageTexts& page, int64_t unixMicros);
+  void AddFavorite(std::u16string_view name, std::u16string_view url, std::u16string_view path);
 
-  size_t Size() const { return m_items.size(); }
-  HarvestItem* At(size_t index) { return &m_items[index]; }
+  // Orders the visits of all sources as one stream (see above).
+  void MergeSources();
+
+  size_t Size() const;
+  IExtractItem* At(size_t index);
+  // Items the current source added so far.
+  size_t SourceSize() const;
   void Clear();
 
  private:
-  std::deque<HarvestItem> m_items;
-  std::unordered_map<int64_t, PageTexts> m_pages;
+  std::deque<VisitItem> m_visits;
+  std::deque<FavoriteItem> m_favorites;
+  // The delivery order of the visits when sources were merged; empty for
+  // the order in which they were added.
+  std::vector<uint32_t> m_order;
+  bool m_merged = false;
+  std::vector<size_t> m_sourceStarts;  // index of each source's first visit
+  size_t m_sourceFavoritesStart = 0;
+  uint32_t m_browser = 0;
+  std::u16string m_pathPrefix;
+  std::unordered_map<int64_t, const PageTexts*> m_pageIds;
+  std::deque<PageTexts> m_pages;
+  std::unordered_set<std::u16string_view> m_texts;
+  std::unordered_set<const char16_t*> m_favoriteURLs;
   std::vector<std::unique_ptr<char16_t[]>> m_blocks;
   size_t m_blockUsed = 0;
   size_t m_blockSize = 0;

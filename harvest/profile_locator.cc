@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
@@ -18,36 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Env(const char* name) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
-
-std::string Home() { return Env("HOME"); }
-
-std::string ConfigHome() {
-  std::string config = Env("XDG_CONFIG_HOME");
-  return config.empty() ? Home() + "/.config" : config;
-}
-
 bool Exists(const std::string& path) {
   std::error_code error;
   return !path.empty() && fs::exists(path, error);
-}
-
-std::vector<std::string> ChromiumUserDataFolders() {
-  std::string home = Home();
-  std::string config = ConfigHome();
-  std::vector<std::string> folders;
-  std::string chromeConfig = Env("CHROME_CONFIG_HOME");
-  if (!chromeConfig.empty()) folders.push_back(chromeConfig + "/google-chrome");
-  for (const char* name : {"google-chrome", "google-chrome-beta", "google-chrome-unstable", "chromium"}) {
-    folders.push_back(config + "/" + name);
-  }
-  folders.push_back(home + "/.var/app/com.google.Chrome/config/google-chrome");
-  folders.push_back(home + "/snap/chromium/common/chromium");
-  folders.push_back(home + "/.var/app/org.chromium.Chromium/config/chromium");
-  return folders;
 }
 
 // A small file's text; empty, with a debug line when the file is there,
@@ -75,33 +49,6 @@ Json::Value ReadJson(const std::string& path) {
     return Json::Value();
   }
   return root;
-}
-
-// The profile of a user-data folder that was used last.
-std::string LastUsedProfile(const std::string& userData) {
-  Json::Value state = ReadJson(userData + "/Local State");
-  const Json::Value& profile = state.isObject() ? state["profile"] : Json::Value::nullSingleton();
-  auto usable = [&](const std::string& name) {
-    return !name.empty() && name != "Guest Profile" && name != "System Profile" && Exists(userData + "/" + name);
-  };
-  if (profile.isObject() && profile["last_used"].isString() && usable(profile["last_used"].asString())) {
-    return userData + "/" + profile["last_used"].asString();
-  }
-  std::string best;
-  double bestTime = -1;
-  const Json::Value& cache = profile.isObject() ? profile["info_cache"] : Json::Value::nullSingleton();
-  if (cache.isObject()) {
-    for (const std::string& name : cache.getMemberNames()) {
-      const Json::Value& active = cache[name]["active_time"];
-      double time = active.isNumeric() ? active.asDouble() : 0;
-      if (usable(name) && time > bestTime) {
-        best = name;
-        bestTime = time;
-      }
-    }
-  }
-  if (!best.empty()) return userData + "/" + best;
-  return usable("Default") ? userData + "/Default" : std::string();
 }
 
 // Sections of an INI file: name to key-value pairs, in file order.
@@ -134,34 +81,6 @@ std::string InstallDefault(const std::string& root, const std::map<std::string, 
   return Exists(path) ? path : std::string();
 }
 
-// The profiles a root offers: the default of each installation, from
-// installs.ini and profiles.ini; when no installation names one that is
-// there, the profile marked Default=1, else the first.
-std::vector<std::string> FirefoxCandidatesIn(const std::string& root) {
-  std::vector<std::string> candidates;
-  for (const auto& [name, keys] : ReadIni(root + "/installs.ini")) {
-    if (std::string path = InstallDefault(root, keys); !path.empty()) candidates.push_back(path);
-  }
-  IniSections profiles = ReadIni(root + "/profiles.ini");
-  for (const auto& [name, keys] : profiles) {
-    if (name.rfind("Install", 0) != 0) continue;
-    if (std::string path = InstallDefault(root, keys); !path.empty()) candidates.push_back(path);
-  }
-  if (!candidates.empty()) return candidates;
-  std::string first;
-  for (const auto& [name, keys] : profiles) {
-    if (name.rfind("Profile", 0) != 0 || keys.count("Path") == 0) continue;
-    auto relative = keys.find("IsRelative");
-    std::string path = ProfilePath(root, keys.at("Path"), relative == keys.end() || relative->second != "0");
-    if (!Exists(path)) continue;
-    auto isDefault = keys.find("Default");
-    if (isDefault != keys.end() && isDefault->second == "1") return {path};
-    if (first.empty()) first = path;
-  }
-  if (!first.empty()) candidates.push_back(first);
-  return candidates;
-}
-
 // When a profile's history was written last: places.sqlite, or the
 // write-ahead log beside it when that is newer (the browser writes there
 // first). Nothing for a profile without places.sqlite.
@@ -176,43 +95,180 @@ std::optional<fs::file_time_type> PlacesWritten(const std::string& profile) {
   return written;
 }
 
-}  // namespace
-
-std::string FindChromiumProfile() {
-  std::string best;
-  fs::file_time_type bestTime = fs::file_time_type::min();
-  for (const std::string& userData : ChromiumUserDataFolders()) {
-    std::string profile = LastUsedProfile(userData);
-    std::error_code error;
-    if (profile.empty() || !fs::exists(profile + "/History", error)) continue;
-    fs::file_time_type written = fs::last_write_time(profile + "/History", error);
-    if (best.empty() || (!error && written > bestTime)) {
-      best = profile;
-      bestTime = written;
-    }
-  }
-  return best;
+std::optional<fs::file_time_type> HistoryWritten(const BrowserProfile& profile) {
+  if (profile.product->family == Family::kFirefox) return PlacesWritten(profile.folder);
+  std::error_code error;
+  fs::file_time_type written = fs::last_write_time(profile.folder + "/History", error);
+  if (error) return std::nullopt;
+  return written;
 }
 
-std::string FindFirefoxProfile() {
-  std::string home = Home();
-  const std::string kRoots[] = {home + "/.mozilla/firefox", ConfigHome() + "/mozilla/firefox",
-                                home + "/snap/firefox/common/.mozilla/firefox",
-                                home + "/.var/app/org.mozilla.firefox/.mozilla/firefox"};
-  // Every installation (a distribution's package, a snap, a flatpak, ESR
-  // beside the release) has its own default profile; the one used last is
-  // the one whose history was written last. On a tie the earlier root and
-  // installation win.
+bool IsSkippedProfile(const std::string& name) { return name == "Guest Profile" || name == "System Profile"; }
+
+// The folder names of a user-data folder's profiles: those Local State
+// lists, then any other folder with a History, each once.
+std::vector<std::string> ChromiumProfileNames(const std::string& userData, const Json::Value& cache) {
+  std::vector<std::string> names;
+  auto add = [&](const std::string& name) {
+    if (name.empty() || IsSkippedProfile(name) || std::find(names.begin(), names.end(), name) != names.end()) return;
+    if (Exists(userData + "/" + name)) names.push_back(name);
+  };
+  if (cache.isObject()) {
+    for (const std::string& name : cache.getMemberNames()) add(name);
+  }
+  std::error_code error;
+  std::vector<std::string> found;
+  for (const fs::directory_entry& entry : fs::directory_iterator(userData, error)) {
+    if (entry.is_directory(error) && Exists(entry.path().string() + "/History")) found.push_back(entry.path().filename());
+  }
+  std::sort(found.begin(), found.end());
+  for (const std::string& name : found) add(name);
+  return names;
+}
+
+// The profile used last: the one Local State names, else the most
+// recently active, else "Default".
+std::string ChromiumUsedLast(const Json::Value& profile, const std::vector<std::string>& names) {
+  auto listed = [&](const std::string& name) { return std::find(names.begin(), names.end(), name) != names.end(); };
+  if (profile.isObject() && profile["last_used"].isString() && listed(profile["last_used"].asString())) {
+    return profile["last_used"].asString();
+  }
+  std::string best;
+  double bestTime = -1;
+  const Json::Value& cache = profile.isObject() ? profile["info_cache"] : Json::Value::nullSingleton();
+  for (const std::string& name : names) {
+    const Json::Value& active = cache.isObject() ? cache[name]["active_time"] : Json::Value::nullSingleton();
+    const double time = active.isNumeric() ? active.asDouble() : 0;
+    if (cache.isObject() && cache.isMember(name) && time > bestTime) {
+      best = name;
+      bestTime = time;
+    }
+  }
+  if (!best.empty()) return best;
+  return listed("Default") ? "Default" : std::string();
+}
+
+void AddChromiumProfiles(const Product& product, const std::string& userData, std::vector<BrowserProfile>* lpOut) {
+  if (product.profileIsUserData) {
+    if (Exists(userData + "/History") || Exists(userData + "/Bookmarks")) {
+      lpOut->push_back(BrowserProfile{&product, userData, "Default", "Default", true});
+    }
+    return;
+  }
+  const Json::Value state = ReadJson(userData + "/Local State");
+  const Json::Value& profile = state.isObject() ? state["profile"] : Json::Value::nullSingleton();
+  const Json::Value& cache = profile.isObject() ? profile["info_cache"] : Json::Value::nullSingleton();
+  const std::vector<std::string> names = ChromiumProfileNames(userData, cache);
+  const std::string usedLast = ChromiumUsedLast(profile, names);
+  for (const std::string& name : names) {
+    const Json::Value& label = cache.isObject() ? cache[name]["name"] : Json::Value::nullSingleton();
+    lpOut->push_back(
+        BrowserProfile{&product, userData + "/" + name, name, label.isString() ? label.asString() : name, name == usedLast});
+  }
+}
+
+// The defaults of a root's installations, in file order.
+std::vector<std::string> InstallDefaults(const std::string& root, const IniSections& profiles) {
+  std::vector<std::string> defaults;
+  for (const auto& [name, keys] : ReadIni(root + "/installs.ini")) {
+    if (std::string path = InstallDefault(root, keys); !path.empty()) defaults.push_back(path);
+  }
+  for (const auto& [name, keys] : profiles) {
+    if (name.rfind("Install", 0) != 0) continue;
+    if (std::string path = InstallDefault(root, keys); !path.empty()) defaults.push_back(path);
+  }
+  return defaults;
+}
+
+std::string FirefoxUsedLast(const std::vector<std::string>& defaults, const std::vector<BrowserProfile>& profiles,
+                            const std::string& markedDefault) {
   std::string best;
   fs::file_time_type bestTime = fs::file_time_type::min();
-  for (const std::string& root : kRoots) {
-    if (!Exists(root + "/profiles.ini")) continue;
-    for (const std::string& profile : FirefoxCandidatesIn(root)) {
-      std::optional<fs::file_time_type> written = PlacesWritten(profile);
-      if (!written || (!best.empty() && *written <= bestTime)) continue;
-      best = profile;
-      bestTime = *written;
+  for (const std::string& path : defaults) {
+    std::optional<fs::file_time_type> written = PlacesWritten(path);
+    if (!written || (!best.empty() && *written <= bestTime)) continue;
+    best = path;
+    bestTime = *written;
+  }
+  if (!best.empty()) return best;
+  if (!markedDefault.empty()) return markedDefault;
+  return profiles.empty() ? std::string() : profiles.front().folder;
+}
+
+void AddFirefoxProfiles(const Product& product, const std::string& root, std::vector<BrowserProfile>* lpOut) {
+  const IniSections sections = ReadIni(root + "/profiles.ini");
+  std::vector<BrowserProfile> profiles;
+  std::string markedDefault;
+  for (const auto& [section, keys] : sections) {
+    if (section.rfind("Profile", 0) != 0 || keys.count("Path") == 0) continue;
+    auto relative = keys.find("IsRelative");
+    const std::string path = ProfilePath(root, keys.at("Path"), relative == keys.end() || relative->second != "0");
+    if (!Exists(path)) continue;
+    auto named = keys.find("Name");
+    std::string name = named != keys.end() && !named->second.empty() ? named->second : fs::path(path).filename().string();
+    // Two profiles of one name: the second is named by its folder.
+    for (const BrowserProfile& other : profiles) {
+      if (other.name == name) name = fs::path(path).filename().string();
     }
+    auto isDefault = keys.find("Default");
+    if (markedDefault.empty() && isDefault != keys.end() && isDefault->second == "1") markedDefault = path;
+    profiles.push_back(BrowserProfile{&product, path, name, name, false});
+  }
+  // An installation's default is a profile even where profiles.ini does
+  // not list it.
+  const std::vector<std::string> defaults = InstallDefaults(root, sections);
+  for (const std::string& path : defaults) {
+    if (std::none_of(profiles.begin(), profiles.end(), [&](const BrowserProfile& p) { return p.folder == path; })) {
+      const std::string name = fs::path(path).filename().string();
+      profiles.push_back(BrowserProfile{&product, path, name, name, false});
+    }
+  }
+  const std::string usedLast = FirefoxUsedLast(defaults, profiles, markedDefault);
+  for (BrowserProfile& profile : profiles) {
+    profile.usedLast = profile.folder == usedLast;
+    lpOut->push_back(std::move(profile));
+  }
+}
+
+}  // namespace
+
+std::string BrowserProfile::HistoryFile() const {
+  return folder + (product->family == Family::kChromium ? "/History" : "/places.sqlite");
+}
+
+std::vector<BrowserProfile> FindProfiles() {
+  std::vector<BrowserProfile> profiles;
+  for (const Product& product : Products()) {
+    const std::string folder = ProductFolder(product);
+    if (folder.empty() || !Exists(folder)) continue;
+    if (product.family == Family::kChromium) {
+      AddChromiumProfiles(product, folder, &profiles);
+    } else if (Exists(folder + "/profiles.ini")) {
+      AddFirefoxProfiles(product, folder, &profiles);
+    }
+  }
+  return profiles;
+}
+
+const BrowserProfile* DefaultProfile(const std::vector<BrowserProfile>& profiles, Family family,
+                                     const std::vector<std::string>& defaultProducts) {
+  for (const std::string& id : defaultProducts) {
+    for (const BrowserProfile& profile : profiles) {
+      if (profile.usedLast && profile.product->id == id && profile.product->family == family &&
+          HistoryWritten(profile)) {
+        return &profile;
+      }
+    }
+  }
+  // On a tie the product earlier in the catalogue wins.
+  const BrowserProfile* best = nullptr;
+  fs::file_time_type bestTime = fs::file_time_type::min();
+  for (const BrowserProfile& profile : profiles) {
+    if (!profile.usedLast || profile.product->family != family) continue;
+    std::optional<fs::file_time_type> written = HistoryWritten(profile);
+    if (!written || (best != nullptr && *written <= bestTime)) continue;
+    best = &profile;
+    bestTime = *written;
   }
   return best;
 }

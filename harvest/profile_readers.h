@@ -35,9 +35,10 @@
 // it ("Bookmarks bar/Work"): Chromium's Bookmarks file; Firefox's
 // moz_bookmarks without tags and saved searches (place: URLs).
 //
-// Each reader returns false, after one debug line that says why, when its
-// file is missing, locked, torn, corrupt or not what it expects, and then
-// delivers nothing; true when the file was read, even if it held nothing.
+// Each reader adds to the store's current source. It returns false, after
+// one debug line that says why, when its file is missing, locked, torn,
+// corrupt or not what it expects, and then adds nothing; true when the file
+// was read, even if it held nothing.
 
 #ifndef CORVANE_HARVEST_PROFILE_READERS_H_
 #define CORVANE_HARVEST_PROFILE_READERS_H_
@@ -48,10 +49,10 @@
 
 namespace corvane::harvest {
 
-bool ReadChromiumHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems);
-bool ReadChromiumBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems);
-bool ReadFirefoxHistory(const std::string& profile, uint32_t browser, ItemStore* lpItems);
-bool ReadFirefoxBookmarks(const std::string& profile, uint32_t browser, ItemStore* lpItems);
+bool ReadChromiumHistory(const std::string& profile, ItemStore* lpItems);
+bool ReadChromiumBookmarks(const std::string& profile, ItemStore* lpItems);
+bool ReadFirefoxHistory(const std::string& profile, ItemStore* lpItems);
+bool ReadFirefoxBookmarks(const std::string& profile, ItemStore* lpItems);
 
 }  // namespace corvane::harvest
 

@@ -1,6 +1,5 @@
 #include "harvest/visit_rows.h"
 
-#include "common/local_clock.h"
 #include "harvest/private_copy.h"
 #include "harvest/visit_values.h"
 
@@ -15,8 +14,7 @@ constexpr int kPage = 4;
 
 }  // namespace
 
-int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, uint32_t browser, const std::string& file,
-                 ItemStore* lpItems) {
+int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, const std::string& file, ItemStore* lpItems) {
   // The range is checked in the browser's own unit, so that no stored value
   // is ever shifted out of range.
   const int64_t firstTime = kMinUnixMicros + query.epochToUnixMicros;
@@ -30,12 +28,13 @@ int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, uint32_t browser, 
       skipped.Note(stored);
       continue;
     }
-    SYSTEMTIME time{};
-    UnixMicrosToLocalTime(stored - query.epochToUnixMicros, &time);
     const int64_t pageId = sqlite3_column_int64(stmt, kPage);
-    const ItemStore::PageTexts* page = lpItems->FindPage(pageId);
-    if (page == nullptr) page = &lpItems->KeepPage(pageId, ColumnText16(stmt, kTitle), ColumnText16(stmt, kURL));
-    lpItems->AddVisit(browser, *page, time, ClampTypedCount(sqlite3_column_int64(stmt, kTypedCount)));
+    const PageTexts* page = lpItems->FindPage(pageId);
+    if (page == nullptr) {
+      page = &lpItems->KeepPage(pageId, ColumnText16(stmt, kTitle), ColumnText16(stmt, kURL),
+                                ClampTypedCount(sqlite3_column_int64(stmt, kTypedCount)));
+    }
+    lpItems->AddVisit(*page, stored - query.epochToUnixMicros);
   }
   skipped.Report(file);
   return rc;

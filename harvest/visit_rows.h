@@ -31,10 +31,9 @@ struct VisitQuery {
 };
 
 // Steps through the rows of stmt and adds each chosen visit whose time can
-// be delivered; the others are skipped, with one debug line that names
-// file. Returns the last result of sqlite3_step.
-int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, uint32_t browser, const std::string& file,
-                 ItemStore* lpItems);
+// be delivered to the store's current source; the others are skipped, with
+// one debug line that names file. Returns the last result of sqlite3_step.
+int AddVisitRows(sqlite3_stmt* stmt, const VisitQuery& query, const std::string& file, ItemStore* lpItems);
 
 }  // namespace corvane::harvest
 

@@ -168,7 +168,7 @@ class DefaultBrowserTest : public HarvestTest {
 // The case that used to depend on whether any desktop file could be seen:
 // a list whose first entry is a browser we don't read.
 TEST_F(DefaultBrowserTest, RegressionSameListGivesTheSameAnswerWithAndWithoutDesktopFiles) {
-  Write("/.config/mimeapps.list", "opera.desktop;chromium.desktop");
+  Write("/.config/mimeapps.list", "epiphany.desktop;chromium.desktop");
   // Nothing installed: the names alone say nothing, nor does a profile.
   HandChromiumHistory(Home(), "");
   EXPECT_EQ(Default(), BROWSER_NONE);
@@ -177,9 +177,9 @@ TEST_F(DefaultBrowserTest, RegressionSameListGivesTheSameAnswerWithAndWithoutDes
   Install("chromium.desktop");
   EXPECT_EQ(Default(), BROWSER_CHROME);
   // Both installed: the first one, a browser we don't read.
-  Install("opera.desktop", false);
+  Install("epiphany.desktop", false);
   EXPECT_EQ(Default(), BROWSER_NONE);
-  EXPECT_NE(TakeDebugLog().find("the default browser opera.desktop is none we read"), std::string::npos);
+  EXPECT_NE(TakeDebugLog().find("the default browser epiphany.desktop is none we read"), std::string::npos);
 }
 
 TEST_F(DefaultBrowserTest, FirstFileWithAnInstalledEntryDecides) {

@@ -1,5 +1,6 @@
-// The store hands out pointers that must stay valid, and hold the same
-// text, until it is cleared, however many texts follow and however long.
+// The store of a delivery: texts that stay where they are and are kept
+// once, and the visits of several sources merged into one stream in time
+// order, where a synced copy of a visit counts once.
 
 #include "harvest/item_store.h"
 
@@ -11,7 +12,7 @@
 namespace corvane::harvest {
 namespace {
 
-TEST(ItemStoreTest, KeptTextsStayWhereTheyAreAcrossBlocks) {
+TEST(ItemStoreTest, KeptTextsStayWhereTheyAreAcrossBlocksAndAreKeptOnce) {
   ItemStore store;
   std::vector<std::pair<const char16_t*, std::u16string>> kept;
   for (int i = 0; i < 20000; ++i) {
@@ -23,26 +24,57 @@ TEST(ItemStoreTest, KeptTextsStayWhereTheyAreAcrossBlocks) {
     kept.emplace_back(store.Keep(text), text);
   }
   for (const auto& [pointer, text] : kept) ASSERT_EQ(std::u16string(pointer), text);
+  EXPECT_EQ(store.Keep(u"after"), store.Keep(std::u16string(u"after")));
+  EXPECT_EQ(kept[0].first, kept[97].first);
 }
 
-TEST(ItemStoreTest, VisitsOfOnePageShareItsTexts) {
+// Three sources, read one after the other: the second shares a synced copy
+// of a visit with the first (same URL, same second, another millisecond),
+// the third fails and is abandoned. A source's own two visits of one URL
+// in one second both count.
+TEST(ItemStoreTest, SourcesMergeInTimeOrderAndASyncedCopyCountsOnce) {
   ItemStore store;
-  EXPECT_EQ(store.FindPage(7), nullptr);
-  const ItemStore::PageTexts& page = store.KeepPage(7, u"Title", u"https://example.com/");
-  SYSTEMTIME time{2026, 11, 1, 23, 9, 30, 0, 0};
-  store.AddVisit(BROWSER_CHROME, page, time, 1);
-  ASSERT_NE(store.FindPage(7), nullptr);
-  store.AddVisit(BROWSER_CHROME, *store.FindPage(7), time, 1);
-  store.AddFavorite(BROWSER_CHROME, u"Bookmark", u"https://b.example/", u"Bookmarks bar/Work");
-  ASSERT_EQ(store.Size(), 3u);
-  EXPECT_EQ(store.At(0)->GetURL(), store.At(1)->GetURL());
-  EXPECT_EQ(std::u16string(store.At(1)->GetName()), u"Title");
-  EXPECT_EQ(store.At(1)->GetKind(), static_cast<uint32_t>(EXTRACT_HISTORY));
-  EXPECT_EQ(std::u16string(store.At(2)->GetPath()), u"Bookmarks bar/Work");
-  EXPECT_EQ(store.At(2)->GetKind(), static_cast<uint32_t>(EXTRACT_FAVORITES));
+  const int64_t kSecond = 1000000;
+  store.StartSource(BROWSER_CHROME);
+  const PageTexts& a = store.KeepPage(1, u"A", u"https://a.example/", 2);
+  store.AddVisit(a, 10 * kSecond);
+  store.AddVisit(a, 10 * kSecond + 500);
+  store.AddVisit(a, 30 * kSecond);
+  store.StartSource(BROWSER_FIREFOX);
+  EXPECT_EQ(store.FindPage(1), nullptr);  // page numbers are the source's own
+  const PageTexts& b = store.KeepPage(1, u"B", u"https://b.example/", 0);
+  const PageTexts& copy = store.KeepPage(2, u"A again", u"https://a.example/", 0);
+  store.AddVisit(b, 5 * kSecond);
+  store.AddVisit(copy, 30 * kSecond + 999);
+  store.AddVisit(b, 30 * kSecond);
+  store.StartSource(BROWSER_CHROME);
+  store.AddVisit(store.KeepPage(9, u"Lost", u"https://lost.example/", 0), 1);
+  store.AbandonSource();
+  store.MergeSources();
+  std::vector<std::string> stream;
+  for (size_t i = 0; i < store.Size(); ++i) {
+    IExtractItem* item = store.At(i);
+    stream.push_back(std::string(1, static_cast<char>(item->GetName()[0])) + std::to_string(item->GetBrowser()) +
+                     std::to_string(item->GetVisitCount()));
+  }
+  EXPECT_EQ(stream, (std::vector<std::string>{"B641", "A21", "A21", "A21", "B641"}));
+  EXPECT_EQ(store.At(1)->GetTypedCount(), 2u);
+}
+
+TEST(ItemStoreTest, FavouritesOfSeveralSourcesAreLedByTheirBrowserAndAURLIsOneFavourite) {
+  ItemStore store;
+  store.StartSource(BROWSER_CHROME, "Brave/");
+  store.AddFavorite(u"Work", u"https://w.example/", u"Bookmarks bar/Work");
+  store.StartSource(BROWSER_FIREFOX, "Firefox/");
+  store.AddFavorite(u"Work again", u"https://w.example/", u"Bookmarks Menu");
+  store.AddFavorite(u"News", u"https://n.example/", u"Bookmarks Menu");
+  store.MergeSources();
+  ASSERT_EQ(store.Size(), 2u);
+  EXPECT_EQ(std::u16string(store.At(0)->GetPath()), u"Brave/Bookmarks bar/Work");
+  EXPECT_EQ(std::u16string(store.At(1)->GetPath()), u"Firefox/Bookmarks Menu");
+  EXPECT_EQ(store.At(1)->GetKind(), static_cast<uint32_t>(EXTRACT_FAVORITES));
   store.Clear();
   EXPECT_EQ(store.Size(), 0u);
-  EXPECT_EQ(store.FindPage(7), nullptr);
 }
 
 }  // namespace

@@ -90,6 +90,7 @@ bool WriteSourceChoice(const std::string& value, std::string* lpError) {
 std::vector<const BrowserProfile*> ChosenProfiles(const SourceChoice& choice, const std::vector<BrowserProfile>& profiles,
                                                   Family family, const std::vector<std::string>& defaultProducts,
                                                   std::vector<std::string>* lpProblems) {
+  lpProblems->insert(lpProblems->end(), choice.problems.begin(), choice.problems.end());
   std::set<const BrowserProfile*> chosen;
   for (const std::string& name : choice.names) {
     auto found = std::find_if(profiles.begin(), profiles.end(),

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "cli/sources_report.h"
+
 namespace corvane::cli {
 namespace {
 
@@ -24,14 +26,20 @@ Json::Value ReadUpdateSummary(ProviderSession& session, bool updated, double sec
     if (SUCCEEDED(session.GetValue(key, &value))) counters[key] = value;
   }
   document["counters"] = counters;
+  document["sources"] = LastReadJson();
   return document;
 }
 
 void PrintUpdateSummary(const Json::Value& summary, std::FILE* out) {
   std::fprintf(out, "%s in %.2f s\n", summary["updated"].asBool() ? "Updated" : "Already up to date today",
                summary["seconds"].asDouble());
-  std::fprintf(out, "Browser read: %s\nLast update:  %s\n", summary["ExtractBrowser"].asCString(),
-               summary["LastUpdate"].asCString());
+  std::fprintf(out, "Browser read: %s\n", summary["ExtractBrowser"].asCString());
+  std::string sources;
+  for (const Json::Value& source : summary["sources"]) {
+    sources += (sources.empty() ? "" : ", ") + source["name"].asString() + " (" + source["visits"].asString() + ")";
+  }
+  if (!sources.empty()) std::fprintf(out, "Profiles read: %s\n", sources.c_str());
+  std::fprintf(out, "Last update:  %s\n", summary["LastUpdate"].asCString());
   const Json::Value& counters = summary["counters"];
   for (const std::string& key : counters.getMemberNames()) {
     std::fprintf(out, "  %-16s %s\n", key.c_str(), counters[key].asCString());

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "cli/cli_runner.h"
 #include "corvane/VisitHarvest.h"
@@ -293,23 +294,33 @@ TEST_F(CliTest, ReportIsOneSelfContainedPageOfAtMostThirtyTopSitesAndEveryDayOfT
   EXPECT_GT(links, 0u);
 }
 
-TEST_F(CliTest, BrowsersAreThoseTheExtractionLibraryReports) {
-  Json::Value found = RunJson({"browsers"});
-  EXPECT_EQ(Fields(found, {"library", "default"}), FakeHarvestLibrary() + " | Chrome");
-  EXPECT_TRUE(found["installed"].size() == 1u && found["installed"][0] == "Chrome") << found.toStyledString();
-  EXPECT_EQ(Run({"browsers"}).out, "Chrome (default)\n");
-  FakeFixture fixture = SampleFixture();
-  fixture.installed = {BROWSER_CHROME, BROWSER_FIREFOX};
-  fixture.defaultBrowser = BROWSER_FIREFOX;
-  ASSERT_TRUE(fixture.Write(m_dir.File("fixture.json")));
-  EXPECT_EQ(Run({"browsers"}).out, "Chrome\nFireFox (default)\n");
-  fixture.installed.clear();
-  fixture.defaultBrowser = 0;
-  ASSERT_TRUE(fixture.Write(m_dir.File("fixture.json")));
-  RunResult result = Run({"browsers"});
-  EXPECT_TRUE(FailsWithOneLine(result, 1, {"corvane: no browser that " + FakeHarvestLibrary() + " reads is installed"}));
-  // No data folder is needed or made to ask.
-  EXPECT_FALSE(std::filesystem::exists(DataFolder() + "/CorvaneAppDB.db"));
+// The profiles of a home with Chrome and Firefox, their counts, which one
+// an update reads, and the choice of sources written to Harvest.ini; a
+// home without any browser says where it looked.
+TEST_F(CliTest, BrowsersListsEveryProfileAndSourcesChoosesWhatUpdatesRead) {
+  test::TempDir home;
+  const std::map<std::string, std::string> env = {{"HOME", home.Path()}, {"XDG_CONFIG_HOME", ""},
+                                                  {"XDG_DATA_HOME", ""}, {"CORVANE_APPDATA", m_dir.File("appdata")}};
+  const auto browsers = [&](const std::vector<std::string>& args) { return RunBinary(CORVANE_CLI_BINARY, args, env); };
+  EXPECT_TRUE(FailsWithOneLine(browsers({"browsers"}), 1, {"no browser profile found under " + home.Path()}));
+  const fixture::ProfileSpec spec{.seed = 2, .days = 2, .visitsPerDay = 30, .distinctUrls = 200, .hosts = 40,
+                                  .bookmarks = 7, .lastDay = "2024-03-06", .endTime = ""};
+  std::string error;
+  ASSERT_TRUE(fixture::WriteChromiumProfile(home.Path(), spec, &error) &&
+              fixture::WriteFirefoxProfile(home.Path(), spec, &error)) << error;
+  Json::Value found;
+  ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
+  ASSERT_EQ(found["profiles"].size(), 2u) << found.toStyledString();
+  EXPECT_EQ(Fields(found["profiles"][0], {"name", "browser", "bookmarks", "read"}), "chrome:Default | Google Chrome | 7 | true");
+  EXPECT_EQ(Fields(found["profiles"][1], {"name", "read", "why"}),
+            "firefox:default-release | false | Harvest.ini reads the default browser's profile only");
+  EXPECT_EQ(found["profiles"][0]["visits"], found["profiles"][1]["visits"]);
+  EXPECT_TRUE(FailsWithOneLine(browsers({"sources", "chrome:Nobody"}), 2, {"'chrome:Nobody' names no profile found here"}));
+  ASSERT_EQ(browsers({"sources", "firefox:default-release"}).status, 0);
+  EXPECT_NE(ReadFile(DataFolder() + "/Harvest.ini").find("Read=firefox:default-release"), std::string::npos);
+  ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
+  EXPECT_EQ(Fields(found["profiles"][0], {"read", "why"}) + " / " + Fields(found["profiles"][1], {"read", "why"}),
+            "false | not named in Harvest.ini / true | chosen in Harvest.ini");
 }
 
 // A data folder that the component cannot use: one line that names it,

@@ -23,16 +23,14 @@ constexpr uint32_t kReload = 8;
 constexpr uint32_t kKeywordGenerated = 10;
 constexpr uint32_t kChainEnd = 0x20000000;
 
-// The visits with what the urls table says of their pages; columns are
-// named, as newer versions add some.
-constexpr char kVisitsSql[] =
-    "select u.url, u.title, u.typed_count, v.visit_time, u.id, v.transition from visits v join urls u "
-    "on u.id = v.url where u.hidden = 0";
-constexpr int kTransitionColumn = 5;
+// The visits in time order; columns are named, as newer versions add some.
+constexpr char kVisitsSql[] = "select v.url, v.visit_time, v.transition from visits v";
+constexpr int kTransitionColumn = 2;
 // Visits listed in visit_source came from elsewhere (synced, an extension,
 // an import); 1 is a visit browsed here.
-constexpr char kBrowsedHereSql[] = " and v.id not in (select id from visit_source where source != 1)";
+constexpr char kBrowsedHereSql[] = " where v.id not in (select id from visit_source where source != 1)";
 constexpr char kVisitOrderSql[] = " order by v.visit_time, v.id";
+constexpr char kPageSql[] = "select url, title, typed_count, hidden from urls where id = ?";
 constexpr char kTableExistsSql[] = "select 1 from sqlite_master where type = 'table' and name = 'visit_source'";
 
 // A visit the browser itself shows as one, other than a reload (see
@@ -92,8 +90,9 @@ bool ReadChromiumHistory(const std::string& profile, ItemStore* lpItems) {
   Statement hasSources = copy.Prepare(kTableExistsSql);
   bool sources = hasSources && sqlite3_step(hasSources.get()) == SQLITE_ROW;
   Statement stmt = copy.Prepare(std::string(kVisitsSql) + (sources ? kBrowsedHereSql : "") + kVisitOrderSql);
-  if (!stmt) return false;
-  int rc = AddVisitRows(stmt.get(), VisitQuery{kWindowsEpochMicros, IsChosenVisit}, file, lpItems);
+  Statement pages = copy.Prepare(kPageSql);
+  if (!stmt || !pages) return false;
+  int rc = AddVisitRows(stmt.get(), pages.get(), VisitQuery{kWindowsEpochMicros, IsChosenVisit}, file, lpItems);
   if (copy.Finished(rc)) return true;
   lpItems->AbandonSource();
   return false;

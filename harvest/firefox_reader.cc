@@ -1,7 +1,9 @@
 // Reading a Firefox profile: history and bookmarks from places.sqlite,
 // through a private copy with its write-ahead log.
 
+#include <array>
 #include <map>
+#include <vector>
 
 #include "common/utf.h"
 #include "harvest/private_copy.h"
@@ -17,13 +19,71 @@ std::string Text8(sqlite3_stmt* stmt, int column) {
 }
 
 // Visits other than embedded loads (4), downloads (7), framed links (8) and
-// reloads (9), on pages not hidden, and not the page a redirect started
-// from: a visit of type 5 or 6 is the landing page, and its from_visit is
-// the visit that redirected.
+// reloads (9), in time order. The page a redirect started from is left out
+// too: a visit of type 5 or 6 is the page where a redirect landed, and its
+// from_visit is the visit that redirected (RedirectSources).
 constexpr char kVisitsSql[] =
-    "select p.url, p.title, p.typed, v.visit_date, p.id from moz_historyvisits v join moz_places p on "
-    "p.id = v.place_id where p.hidden = 0 and v.visit_type not in (4, 7, 8, 9) and v.id not in (select from_visit from "
-    "moz_historyvisits where visit_type in (5, 6) and from_visit is not null) order by v.visit_date, v.id";
+    "select v.place_id, v.visit_date, v.id, case when v.visit_type in (5, 6) then v.from_visit end from "
+    "moz_historyvisits v where v.visit_type not in (4, 7, 8, 9) order by v.visit_date, v.id";
+constexpr int kIdColumn = 2;
+constexpr int kRedirectedFromColumn = 3;
+constexpr char kPageSql[] = "select url, title, typed, hidden from moz_places where id = ?";
+constexpr char kVisitSql[] = "select visit_date, place_id from moz_historyvisits where id = ?";
+
+// The delivered visits that started a redirect, found as the rows go by
+// without a second pass over the visits: a redirect lands a moment after
+// it starts, so the visit it started from is among the last rows seen. One
+// further back is looked up in the file at the end.
+class RedirectSources {
+ public:
+  static void See(sqlite3_stmt* stmt, bool added, void* context) {
+    auto* self = static_cast<RedirectSources*>(context);
+    if (sqlite3_column_type(stmt, kRedirectedFromColumn) != SQLITE_NULL) {
+      self->Landed(sqlite3_column_int64(stmt, kRedirectedFromColumn));
+    }
+    const int64_t position = added ? static_cast<int64_t>(self->m_items->SourceSize()) - 1 : -1;
+    self->m_recent[self->m_next++ % kRecent] = Row{sqlite3_column_int64(stmt, kIdColumn), position};
+  }
+
+  explicit RedirectSources(const ItemStore* items) : m_items(items) {}
+
+  // The places of the visits to drop among the source's visits.
+  std::vector<size_t> Places(const PrivateCopy& copy) {
+    Statement visit = copy.Prepare(kVisitSql);
+    for (int64_t id : m_earlier) {
+      if (!visit) break;
+      sqlite3_reset(visit.get());
+      if (sqlite3_bind_int64(visit.get(), 1, id) != SQLITE_OK || sqlite3_step(visit.get()) != SQLITE_ROW) continue;
+      const PageTexts* page = m_items->FindPage(sqlite3_column_int64(visit.get(), 1));
+      const size_t place = page != nullptr ? m_items->FindSourceVisit(sqlite3_column_int64(visit.get(), 0), page)
+                                           : std::string::npos;
+      if (place != std::string::npos) m_places.push_back(place);
+    }
+    return m_places;
+  }
+
+ private:
+  static constexpr size_t kRecent = 64;
+  struct Row {
+    int64_t id = -1;
+    int64_t position = -1;  // -1: not delivered
+  };
+
+  void Landed(int64_t from) {
+    for (const Row& row : m_recent) {
+      if (row.id != from) continue;
+      if (row.position >= 0) m_places.push_back(static_cast<size_t>(row.position));
+      return;
+    }
+    m_earlier.push_back(from);
+  }
+
+  const ItemStore* m_items;
+  std::array<Row, kRecent> m_recent{};
+  size_t m_next = 0;
+  std::vector<size_t> m_places;
+  std::vector<int64_t> m_earlier;
+};
 constexpr char kFoldersSql[] = "select id, parent, title, guid from moz_bookmarks where type = 2";
 // Saved searches are place: URLs in the bookmark tree.
 constexpr char kBookmarksSql[] =
@@ -65,8 +125,11 @@ bool ReadFirefoxHistory(const std::string& profile, ItemStore* lpItems) {
   std::string file = profile + "/places.sqlite";
   if (!copy.Open(file)) return false;
   Statement stmt = copy.Prepare(kVisitsSql);
-  if (!stmt) return false;
-  int rc = AddVisitRows(stmt.get(), VisitQuery{0, nullptr}, file, lpItems);
+  Statement pages = copy.Prepare(kPageSql);
+  if (!stmt || !pages) return false;
+  RedirectSources redirects(lpItems);
+  int rc = AddVisitRows(stmt.get(), pages.get(), VisitQuery{0, nullptr, RedirectSources::See, &redirects}, file, lpItems);
+  if (rc == SQLITE_DONE) lpItems->DropSourceVisits(redirects.Places(copy));
   if (copy.Finished(rc)) return true;
   lpItems->AbandonSource();
   return false;

@@ -41,6 +41,7 @@ class VisitItem final : public IExtractItem {
   int64_t UnixMicros() const { return m_unixMicros; }
   uint16_t Source() const { return m_source; }
   const char16_t* KeptURL() const { return m_page->url; }
+  const PageTexts* Page() const { return m_page; }
 
  private:
   const PageTexts* m_page;

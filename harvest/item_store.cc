@@ -80,6 +80,32 @@ void ItemStore::AddFavorite(std::u16string_view name, std::u16string_view url, s
   m_favorites.emplace_back(m_browser, Keep(name), keptURL, keptPath);
 }
 
+size_t ItemStore::FindSourceVisit(int64_t unixMicros, const PageTexts* page) const {
+  // The source's visits are in time order.
+  const size_t start = m_sourceStarts.empty() ? 0 : m_sourceStarts.back();
+  auto it = std::lower_bound(m_visits.begin() + static_cast<std::ptrdiff_t>(start), m_visits.end(), unixMicros,
+                             [](const VisitItem& visit, int64_t at) { return visit.UnixMicros() < at; });
+  for (; it != m_visits.end() && it->UnixMicros() == unixMicros; ++it) {
+    if (it->Page() == page) return static_cast<size_t>(it - m_visits.begin()) - start;
+  }
+  return std::string::npos;
+}
+
+void ItemStore::DropSourceVisits(std::vector<size_t> places) {
+  if (places.empty()) return;
+  std::sort(places.begin(), places.end());
+  const size_t start = m_sourceStarts.empty() ? 0 : m_sourceStarts.back();
+  size_t kept = start + places.front();
+  for (size_t i = kept, next = 0; i < m_visits.size(); ++i) {
+    if (next < places.size() && places[next] == i - start) {
+      while (next < places.size() && places[next] == i - start) ++next;
+      continue;
+    }
+    m_visits[kept++] = m_visits[i];
+  }
+  m_visits.erase(m_visits.begin() + static_cast<std::ptrdiff_t>(kept), m_visits.end());
+}
+
 void ItemStore::MergeSources() {
   m_order.clear();
   m_merged = m_sourceStarts.size() > 1;

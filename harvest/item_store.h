@@ -58,6 +58,12 @@ class ItemStore {
   void AddVisit(const PageTexts& page, int64_t unixMicros);
   void AddFavorite(std::u16string_view name, std::u16string_view url, std::u16string_view path);
 
+  // The place, among the current source's visits (from 0), of a visit of
+  // the page at the instant; npos when there is none.
+  size_t FindSourceVisit(int64_t unixMicros, const PageTexts* page) const;
+  // Drops the current source's visits at these places.
+  void DropSourceVisits(std::vector<size_t> places);
+
   // Orders the visits of all sources as one stream (see above).
   void MergeSources();
 

@@ -183,7 +183,9 @@ PrivateCopy::Attempt PrivateCopy::CopyOnce(const std::string& databaseFile) {
     return Attempt::kFailed;
   }
   if (before != after) return Attempt::kMoved;
-  if (sqlite3_open_v2(copy.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+  // The copy is this object's own, used by one thread: no locking on each
+  // call into SQLite.
+  if (sqlite3_open_v2(copy.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
     DebugLog("harvest: can't open the copy of %s\n", databaseFile.c_str());
     return Attempt::kUnsound;
   }

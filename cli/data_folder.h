@@ -28,8 +28,10 @@ std::string DataFolderPath();
 // can write there: a folder, a file can be made in it, and the database,
 // when there is one, opens for writing. False with one line naming the
 // folder or file and the cause. Only a probe file of the host's own is
-// made, and removed again.
-[[nodiscard]] bool PrepareDataFolder(std::string* lpError);
+// made, and removed again. A new folder is made with mode 0700; an existing
+// one whose folder or files give any right to other accounts sets
+// *lpOpenToOthers (the component narrows them when it starts).
+[[nodiscard]] bool PrepareDataFolder(std::string* lpError, bool* lpOpenToOthers);
 
 }  // namespace corvane::cli
 

@@ -2,6 +2,8 @@
 // component as any host does, through its exports and interfaces: update,
 // list, search, pin, hide, explain and report.
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <string>
 
@@ -20,6 +22,8 @@ std::string UnknownCommand(const CLI::App& app) {
 
 int main(int argc, char** argv) {
   using namespace corvane::cli;
+  // Everything this host writes holds browsing history: the person's alone.
+  umask(077);
   CLI::App app("corvane: the sites you really use, from your browser history", "corvane");
   app.require_subcommand(1);
   app.fallthrough();

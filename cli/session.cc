@@ -1,5 +1,6 @@
 #include "cli/session.h"
 
+#include <cstdio>
 #include <map>
 
 #include "cli/data_folder.h"
@@ -43,7 +44,8 @@ HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
 HRESULT ProviderSession::Open(const std::string& param) {
   // The provider reads and may write its settings file as soon as it is
   // created, so the folder is checked before.
-  if (!PrepareDataFolder(&m_error)) return E_FAIL;
+  bool openToOthers = false;
+  if (!PrepareDataFolder(&m_error, &openToOthers)) return E_FAIL;
   static_cast<void>(InstallSampleWhiteList());
   ComRef<IClassFactory> factory;
   HRESULT hr = DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
@@ -58,6 +60,10 @@ HRESULT ProviderSession::Open(const std::string& param) {
   OwnedBstr text(param);
   hr = m_provider->Initialize(param.empty() ? nullptr : text.Get());
   if (FAILED(hr)) return Fail(hr, "Initialize");
+  if (openToOthers) {
+    std::fprintf(stderr, "corvane: %s was open to other accounts: it and its files are now yours alone\n",
+                 DataFolderPath().c_str());
+  }
   static_cast<void>(GetValue("LastUpdate", &after));
   m_updated = after != before;
   m_error.clear();

@@ -1,6 +1,7 @@
 #include "harvest/private_copy.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -133,14 +134,42 @@ bool CopyFile(const std::string& source, const std::string& target, std::string*
   }
 }
 
+constexpr char kFolderPrefix[] = "corvane-harvest-";
+
+// The process that made a folder "corvane-harvest-<pid>-XXXXXX"; 0 when the
+// name is none of ours.
+pid_t OwnerProcess(const std::string& name) {
+  if (name.rfind(kFolderPrefix, 0) != 0) return 0;
+  const char* digits = name.c_str() + sizeof(kFolderPrefix) - 1;
+  char* end = nullptr;
+  const long pid = std::strtol(digits, &end, 10);
+  return end != digits && *end == '-' && pid > 0 ? static_cast<pid_t>(pid) : 0;
+}
+
+// Removes the folders that a killed read left behind: ours by name and
+// owner, made by a process that is gone. A folder whose process lives, or
+// whose id another process took since, is left alone.
+void RemoveLeftCopies(const fs::path& base) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(base, error)) {
+    const pid_t owner = OwnerProcess(entry.path().filename().string());
+    struct stat info;
+    if (owner == 0 || lstat(entry.path().c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != geteuid()) {
+      continue;
+    }
+    if (kill(owner, 0) != 0 && errno == ESRCH) fs::remove_all(entry.path(), error);
+  }
+}
+
+// mkdtemp makes the folder with mode 0700: only this user may read the copy
+// of the history.
 std::string MakePrivateFolder() {
   std::error_code error;
   fs::path base = fs::temp_directory_path(error);
   if (error) base = "/tmp";
-  std::string pattern = (base / "corvane-harvest-XXXXXX").string();
+  RemoveLeftCopies(base);
+  std::string pattern = (base / (kFolderPrefix + std::to_string(getpid()) + "-XXXXXX")).string();
   if (mkdtemp(pattern.data()) == nullptr) return std::string();
-  // Only this user may read the copy of the history.
-  fs::permissions(pattern, fs::perms::owner_all, fs::perm_options::replace, error);
   return pattern;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "common/utf.h"
+#include "platform/data_folder_rights.h"
 #include "platform/paths.h"
 
 namespace corvane {
@@ -35,7 +36,7 @@ bool GetDataFolder(std::u16string* lpPath) {
   std::u16string appData;
   if (!GetAppDataFolder(&appData)) return false;
   *lpPath = PathJoin(appData, kDataFolderName);
-  static_cast<void>(CreateDirectories(*lpPath));
+  static_cast<void>(CreatePrivateFolder(*lpPath));
   return true;
 }
 

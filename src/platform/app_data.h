@@ -18,7 +18,7 @@ inline constexpr char16_t kDataFolderName[] = u"CorvaneApp";
 // created here.
 bool GetAppDataFolder(std::u16string* lpPath);
 
-// The data folder, created with its parents when missing (a failure to create
+// The data folder, created (mode 0700) with its parents when missing (a failure to create
 // it is not reported: callers find out when they write). False only when
 // there is no application-data folder.
 bool GetDataFolder(std::u16string* lpPath);

@@ -1,8 +1,7 @@
 #include "platform/folder_access.h"
 
 #include <acl/libacl.h>
-#include <grp.h>
-#include <sys/acl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,80 +12,64 @@
 #include "common/debug_log.h"
 #include "common/text_util.h"
 #include "common/utf.h"
+#include "platform/app_data.h"
+#include "platform/posix_acl.h"
 
 namespace corvane {
 namespace {
 
-// The most that a group's entry in the group database may take; a group
-// with more members than that is not looked up.
-constexpr size_t kMaxGroupBuffer = 1 << 20;
+// The most that a user's entry in the password database may take.
+constexpr size_t kMaxUserBuffer = 1 << 20;
 
-// The generic rights of an access mask, as POSIX permission bits.
+// The generic rights of an access mask, as permission bits.
 constexpr uint32_t kGenericRead = 0x80000000;
 constexpr uint32_t kGenericWrite = 0x40000000;
 constexpr uint32_t kGenericExecute = 0x20000000;
 
-// Owns one acl_t.
-class ScopedAcl {
- public:
-  explicit ScopedAcl(acl_t acl) : m_acl(acl) {}
-  ~ScopedAcl() {
-    if (m_acl != nullptr) acl_free(m_acl);
-  }
-  ScopedAcl(const ScopedAcl&) = delete;
-  ScopedAcl& operator=(const ScopedAcl&) = delete;
-  acl_t Get() const { return m_acl; }
-  acl_t* Put() { return &m_acl; }
-  // Hands the list to the caller, who frees it.
-  acl_t Release() {
-    acl_t acl = m_acl;
-    m_acl = nullptr;
-    return acl;
-  }
-
- private:
-  acl_t m_acl;
-};
-
-bool WantsAll(uint32_t mask) { return (mask & kGenericAll) != 0; }
-
-// The permissions that the entry for the group gets.
-bool SetPermissions(acl_entry_t entry, uint32_t mask) {
-  acl_permset_t permset = nullptr;
-  if (acl_get_permset(entry, &permset) != 0 || acl_clear_perms(permset) != 0) return false;
-  bool ok = true;
-  if (WantsAll(mask) || (mask & kGenericRead) != 0) ok = ok && acl_add_perm(permset, ACL_READ) == 0;
-  if (WantsAll(mask) || (mask & kGenericWrite) != 0) ok = ok && acl_add_perm(permset, ACL_WRITE) == 0;
-  if (WantsAll(mask) || (mask & kGenericExecute) != 0) ok = ok && acl_add_perm(permset, ACL_EXECUTE) == 0;
-  return ok && acl_set_permset(entry, permset) == 0;
+// The data folder holds no programs: on a file the entry never carries the
+// execute right, so a file's group bits never show one either.
+uint32_t PermsOf(uint32_t mask, bool folder) {
+  const bool all = (mask & kGenericAll) != 0;
+  uint32_t perms = (all || (mask & kGenericRead) != 0 ? 4u : 0u) | (all || (mask & kGenericWrite) != 0 ? 2u : 0u);
+  if (folder && (all || (mask & kGenericExecute) != 0)) perms |= 1u;
+  return perms;
 }
 
-// The entry of the named group, or null when the list has none.
-acl_entry_t FindGroupEntry(acl_t acl, gid_t gid) {
-  acl_entry_t entry = nullptr;
-  for (int which = ACL_FIRST_ENTRY; acl_get_entry(acl, which, &entry) == 1; which = ACL_NEXT_ENTRY) {
-    acl_tag_t tag;
-    if (acl_get_tag_type(entry, &tag) != 0 || tag != ACL_GROUP) continue;
-    void* qualifier = acl_get_qualifier(entry);
-    if (qualifier == nullptr) continue;
-    const bool same = *static_cast<gid_t*>(qualifier) == gid;
-    acl_free(qualifier);
-    if (same) return entry;
+bool LookUpUserName(const std::string& name, uid_t* lpUid) {
+  long size = sysconf(_SC_GETPW_R_SIZE_MAX);
+  std::vector<char> buffer(size > 0 ? static_cast<size_t>(size) : 1024);
+  struct passwd entry;
+  struct passwd* found = nullptr;
+  int rc = 0;
+  while ((rc = getpwnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
+         buffer.size() < kMaxUserBuffer) {
+    buffer.resize(buffer.size() * 2);
   }
-  return nullptr;
+  if (rc != 0 || found == nullptr) return false;
+  *lpUid = found->pw_uid;
+  return true;
 }
 
-// Gives the group its entry (a former entry of the group is replaced, all
-// others stay) and recomputes the mask entry.
-bool GrantGroup(acl_t* acl, gid_t gid, uint32_t mask) {
-  acl_entry_t entry = FindGroupEntry(*acl, gid);
-  if (entry == nullptr) {
-    if (acl_create_entry(acl, &entry) != 0 || acl_set_tag_type(entry, ACL_GROUP) != 0 ||
-        acl_set_qualifier(entry, &gid) != 0) {
-      return false;
-    }
+// "Users" is the owner of the folder that holds the data folder; any other
+// account is a user of that name.
+bool LookUpAccount(std::u16string_view account, uid_t* lpUid) {
+  bool found = false;
+  if (AsciiEqualsIgnoreCase(account, kUsersAccount)) {
+    std::u16string appData;
+    struct stat info;
+    found = GetAppDataFolder(&appData) && stat(ToUtf8(appData).c_str(), &info) == 0;
+    if (found) *lpUid = info.st_uid;
+  } else {
+    found = LookUpUserName(ToUtf8(account), lpUid);
   }
-  return SetPermissions(entry, mask) && acl_calc_mask(acl) == 0 && acl_valid(*acl) == 0;
+  if (!found) DebugLog("LookupAccountName() failed. ErrorCode:%08X\r\n", static_cast<unsigned>(errno));
+  return found;
+}
+
+acl_t ReadAcl(const std::string& path, acl_type_t type) {
+  acl_t acl = acl_get_file(path.c_str(), type);
+  if (acl == nullptr) DebugLog("GetFileSecurity() failed. Error %d\n", errno);
+  return acl;
 }
 
 bool WriteAcl(const std::string& path, acl_type_t type, acl_t acl) {
@@ -95,21 +78,19 @@ bool WriteAcl(const std::string& path, acl_type_t type, acl_t acl) {
   return false;
 }
 
-// A list of the file; null with a debug line when it can't be read
-// (ENOTSUP: the file system keeps no access lists).
-acl_t ReadAcl(const std::string& path, acl_type_t type) {
-  acl_t acl = acl_get_file(path.c_str(), type);
-  if (acl == nullptr) DebugLog("GetFileSecurity() failed. Error %d\n", errno);
-  return acl;
-}
-
-// A copy of the list with the group's entry added; a default list that is
-// empty starts from the base entries of the folder's mode. Null with a
-// debug line when it can't be made.
-acl_t WithGroup(acl_t acl, acl_type_t type, mode_t mode, gid_t gid, uint32_t mask) {
+// A copy of the list without the shared group's entry and with the
+// person's, unless the person owns the object. An empty default list
+// starts from the owner's rights alone. Null with a debug line when it
+// can't be made.
+acl_t WithPerson(acl_t acl, acl_type_t type, const struct stat& info, uid_t person, uint32_t perms) {
   const bool fromMode = type == ACL_TYPE_DEFAULT && acl_entries(acl) <= 0;
-  ScopedAcl granted(fromMode ? acl_from_mode(mode) : acl_dup(acl));
-  if (granted.Get() == nullptr || !GrantGroup(granted.Put(), gid, mask)) {
+  ScopedAcl granted(fromMode ? acl_from_mode(info.st_mode & S_IRWXU) : acl_dup(acl));
+  gid_t shared = 0;
+  if (granted.Get() != nullptr && SharedUsersGroup(&shared)) DropNamedEntry(granted.Get(), ACL_GROUP, shared);
+  const bool ok = granted.Get() != nullptr &&
+                  (person == info.st_uid || PutNamedEntry(granted.Put(), ACL_USER, person, perms)) &&
+                  FinishAcl(granted.Put());
+  if (!ok) {
     DebugLog("AddAccessAllowedAceEx() failed. Error %d\n", errno);
     return nullptr;
   }
@@ -124,26 +105,6 @@ void RestoreDefaults(const std::string& path, acl_t previous) {
   if (rc != 0) DebugLog("SetFileSecurity() failed. Error %d\n", errno);
 }
 
-// The id of the group named by the account ("Users" is the group "users").
-bool LookUpGroup(std::u16string_view account, gid_t* lpGid) {
-  const std::string groupName = ToUtf8(AsciiLowerCopy(account));
-  long size = sysconf(_SC_GETGR_R_SIZE_MAX);
-  std::vector<char> buffer(size > 0 ? static_cast<size_t>(size) : 1024);
-  struct group entry;
-  struct group* found = nullptr;
-  int rc = 0;
-  while ((rc = getgrnam_r(groupName.c_str(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
-         buffer.size() < kMaxGroupBuffer) {
-    buffer.resize(buffer.size() * 2);
-  }
-  if (rc != 0 || found == nullptr) {
-    DebugLog("LookupAccountName() failed. ErrorCode:%08X\r\n", static_cast<unsigned>(rc));
-    return false;
-  }
-  *lpGid = found->gr_gid;
-  return true;
-}
-
 }  // namespace
 
 // Both lists are worked out before anything is written. On a folder the
@@ -151,23 +112,25 @@ bool LookUpGroup(std::u16string_view account, gid_t* lpGid) {
 // can't be written, the default list is put back, so that a failure leaves
 // the object as it was.
 bool GrantFolderAccess(std::u16string_view path, std::u16string_view account, uint32_t mask) {
-  gid_t gid = 0;
-  if (!LookUpGroup(account, &gid)) return false;
+  uid_t person = 0;
+  if (!LookUpAccount(account, &person)) return false;
   const std::string file = ToUtf8(path);
   struct stat info;
   if (stat(file.c_str(), &info) != 0) {
     DebugLog("GetFileSecurity() failed. Error %d\n", errno);
     return false;
   }
+  const bool folder = S_ISDIR(info.st_mode);
+  const uint32_t perms = PermsOf(mask, folder);
   ScopedAcl access(ReadAcl(file, ACL_TYPE_ACCESS));
   if (access.Get() == nullptr) return false;
-  ScopedAcl newAccess(WithGroup(access.Get(), ACL_TYPE_ACCESS, info.st_mode, gid, mask));
+  ScopedAcl newAccess(WithPerson(access.Get(), ACL_TYPE_ACCESS, info, person, perms));
   if (newAccess.Get() == nullptr) return false;
-  if (!S_ISDIR(info.st_mode)) return WriteAcl(file, ACL_TYPE_ACCESS, newAccess.Get());
+  if (!folder) return WriteAcl(file, ACL_TYPE_ACCESS, newAccess.Get());
 
   ScopedAcl defaults(ReadAcl(file, ACL_TYPE_DEFAULT));
   if (defaults.Get() == nullptr) return false;
-  ScopedAcl newDefaults(WithGroup(defaults.Get(), ACL_TYPE_DEFAULT, info.st_mode, gid, mask));
+  ScopedAcl newDefaults(WithPerson(defaults.Get(), ACL_TYPE_DEFAULT, info, person, perms));
   if (newDefaults.Get() == nullptr || !WriteAcl(file, ACL_TYPE_DEFAULT, newDefaults.Get())) return false;
   if (WriteAcl(file, ACL_TYPE_ACCESS, newAccess.Get())) return true;
   RestoreDefaults(file, defaults.Get());

@@ -1,12 +1,20 @@
-// folder_access.h: keeps the data folder and its files writable for every
-// user of the machine.
+// folder_access.h: keeps the data folder and its files usable by the person
+// whose data they hold, whoever created them.
 //
-// GrantFolderAccess adds an allow entry for the group named by the account
-// ("Users" becomes the group "users") to the POSIX access list of a file or
-// folder, keeping all other entries; on a folder it adds the same as a
-// default entry, so that new files inherit it. The result is true when the
-// list was written; a group that does not resolve or a file system without
-// access lists gives a debug line and false. Callers ignore the result.
+// GrantFolderAccess gives a user entry to the POSIX access list of a file or
+// folder, keeping every other entry and replacing a former entry of that
+// user; on a folder it writes the same as a default entry, so that files
+// made in it later carry it too. The account "Users" that the system passes
+// stands for the person whose home holds the data folder: the owner of the
+// data folder's parent. When that person owns the object already, the owner
+// entry gives every right and no named entry is added. An entry that an
+// earlier version gave the shared group "users" is removed. A folder's
+// default list, when it has none, is made from the owner's rights alone, so
+// that what is made in the folder is private whatever the umask.
+//
+// The result is true when the lists were written; an account that does not
+// resolve or a file system without access lists gives a debug line and
+// false. Callers ignore the result.
 
 #ifndef CORVANE_PLATFORM_FOLDER_ACCESS_H_
 #define CORVANE_PLATFORM_FOLDER_ACCESS_H_

@@ -4,6 +4,7 @@
 #include "common/utf.h"
 #include "platform/app_data.h"
 #include "platform/bstr.h"
+#include "platform/data_folder_rights.h"
 #include "platform/folder_access.h"
 #include "platform/paths.h"
 #include "provider/command_parse.h"
@@ -51,6 +52,7 @@ HRESULT CCorvaneDataProviderObject::Initialize(BSTR bstrParam) {
   ApplySettingsCommands(bstrParam);
   std::u16string folder;
   if (!GetDataFolder(&folder)) return E_FAIL;
+  static_cast<void>(KeepDataFolderPrivate(folder));
   static_cast<void>(GrantFolderAccess(folder, kUsersAccount, kGenericAll));
   std::u16string databasePath = PathJoin(folder, kDatabaseFileName);
   HRESULT hr = m_db.Open(databasePath, false);

@@ -3,7 +3,9 @@
 // "now". Listings are read back through --json, which must parse for every
 // command; a failure is one line on standard error and a non-zero status.
 
+#include <acl/libacl.h>
 #include <gtest/gtest.h>
+#include <sys/acl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -321,6 +323,47 @@ TEST_F(CliTest, BrowsersListsEveryProfileAndSourcesChoosesWhatUpdatesRead) {
   ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
   EXPECT_EQ(Fields(found["profiles"][0], {"read", "why"}) + " / " + Fields(found["profiles"][1], {"read", "why"}),
             "false | not named in Harvest.ini / true | chosen in Harvest.ini");
+}
+
+// The access list of a file, abbreviated ("u::rw-,g::---,o::---").
+std::string Rights(const std::string& path) {
+  acl_t acl = acl_get_file(path.c_str(), ACL_TYPE_ACCESS);
+  char* text = acl != nullptr ? acl_to_any_text(acl, nullptr, ',', TEXT_ABBREVIATE) : nullptr;
+  std::string out = text != nullptr ? text : "<none>";
+  acl_free(text);
+  acl_free(acl);
+  return out;
+}
+
+// Browsing history is the person's alone: the folder and every file in it
+// give nothing to the group or to others. A folder left open is narrowed
+// with one line. A folder that root makes in a person's home stays that
+// person's (and no one else's) through their entry.
+TEST_F(CliTest, DataFolderIsItsOwnersAlone) {
+  const auto expectPrivate = [&](const std::string& person) {
+    for (const auto& entry : std::filesystem::directory_iterator(DataFolder())) {
+      const std::string rights = Rights(entry.path().string());
+      EXPECT_TRUE(rights.find("g::---") != std::string::npos && rights.find("o::---") != std::string::npos &&
+                  rights.find("g:") == rights.find("g::")) << entry.path() << " " << rights;
+      EXPECT_EQ(rights.find("u:nobody:") != std::string::npos, !person.empty()) << entry.path() << " " << rights;
+    }
+    EXPECT_EQ(Rights(DataFolder()).substr(0, 6), "u::rwx");
+  };
+  ASSERT_EQ(Run({"update"}).status, 0);
+  EXPECT_EQ(std::filesystem::status(DataFolder()).permissions(), std::filesystem::perms::owner_all);
+  expectPrivate("");
+  ASSERT_EQ(chmod(DataFolder().c_str(), 0775) | chmod((DataFolder() + "/Settings.ini").c_str(), 0644), 0);
+  RunResult narrowed = Run({"pins"});
+  EXPECT_EQ(narrowed.err, "corvane: " + DataFolder() + " was open to other accounts: it and its files are now yours alone\n");
+  expectPrivate("");
+  EXPECT_EQ(Run({"pins"}).err, "");
+  if (geteuid() != 0) GTEST_SKIP() << "only root makes a data folder for another person";
+  std::filesystem::remove_all(DataFolder());
+  ASSERT_EQ(chmod(m_dir.Path().c_str(), 0755) | chown(m_dir.File("appdata").c_str(), 65534, 65534), 0);
+  ASSERT_EQ(Run({"update"}).status, 0);
+  expectPrivate("nobody");
+  EXPECT_EQ(Run({"pin", "github.com", "Code"}, 65534).status, 0);
+  EXPECT_EQ(RunJson({"pins"}).size(), 1u);
 }
 
 // A data folder that the component cannot use: one line that names it,

@@ -183,17 +183,19 @@ TEST(DataFolderTest, FolderFollowsTheComponentsOrderOfVariablesAndIsMadeWithoutA
     test::ScopedEnv noHome("HOME", nullptr);
     EXPECT_EQ(DataFolderPath(), "");
     std::string error;
-    EXPECT_FALSE(PrepareDataFolder(&error));
+    bool open = false;
+    EXPECT_FALSE(PrepareDataFolder(&error, &open));
     EXPECT_EQ(error, "no data folder: set HOME, XDG_DATA_HOME or --data-dir");
   }
   test::TempDir dir;
   test::ScopedEnv deep("CORVANE_APPDATA", dir.File("deep/er").c_str());
   std::string error, folder = dir.File("deep/er/CorvaneApp");
-  ASSERT_TRUE(PrepareDataFolder(&error)) << error;
-  EXPECT_TRUE(std::filesystem::is_directory(folder) && std::filesystem::is_empty(folder));
+  bool open = true;
+  ASSERT_TRUE(PrepareDataFolder(&error, &open)) << error;
+  EXPECT_TRUE(std::filesystem::is_directory(folder) && std::filesystem::is_empty(folder) && !open);
   // A database that cannot be opened for writing is named.
   std::filesystem::create_directory(folder + "/CorvaneAppDB.db");
-  EXPECT_FALSE(PrepareDataFolder(&error));
+  EXPECT_FALSE(PrepareDataFolder(&error, &open));
   EXPECT_EQ(error, "cannot write " + folder + "/CorvaneAppDB.db: Is a directory");
 }
 

@@ -277,6 +277,27 @@ TEST_F(HarvestTest, FirefoxProfileHeldOpenAndWrittenByAnotherProcess) {
   EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 2);
 }
 
+// A read killed during its copy leaves its folder; the next read removes
+// it, but never the folder of a process that still runs, and its own is
+// gone when it ends.
+TEST_F(HarvestTest, CopiesLeftByAKilledReadAreRemovedByTheNext) {
+  const std::string tmp = m_scratch.File("tmp");
+  SetEnv("TMPDIR", tmp.c_str());
+  const pid_t gone = fork();
+  if (gone == 0) _exit(0);
+  ASSERT_EQ(waitpid(gone, nullptr, 0), gone);
+  const std::string live = "corvane-harvest-" + std::to_string(getpid()) + "-GhIjKl";
+  for (const std::string& name : {"corvane-harvest-" + std::to_string(gone) + "-AbCdEf", live}) {
+    fs::create_directories(tmp + "/" + name);
+    std::ofstream(tmp + "/" + name + "/History") << "copy";
+  }
+  HandChromiumHistory(Home(), kOneChromiumVisit);
+  ASSERT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), 1u);
+  std::vector<std::string> left;
+  for (const fs::directory_entry& entry : fs::directory_iterator(tmp)) left.push_back(entry.path().filename());
+  EXPECT_EQ(left, std::vector<std::string>{live});
+}
+
 // The browser's side of a commit during the copy, in a child process: waits
 // until the reader's private copy of History is being written, then commits
 // one visit at once, while the copy is still under way. Writes 1 to done

@@ -1,25 +1,31 @@
-// Folder rights on POSIX access lists: the entry for the group named by the
-// account, its default twin on folders, and what stays untouched.
+// Rights on the data folder: the person's entry (a named account, or the
+// owner of the data folder's parent for "Users"), its default twin on
+// folders, the shared group's entry of earlier versions gone, and the
+// narrowing of a folder that other accounts could read.
 
 #include "platform/folder_access.h"
 
 #include <acl/libacl.h>
 #include <gtest/gtest.h>
-#include <grp.h>
+#include <pwd.h>
 #include <sys/acl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "common/utf.h"
+#include "platform/data_folder_rights.h"
 #include "support/test_host.h"
 
 namespace corvane {
 namespace {
 
-// The list in text form, one entry a line ("group:users:rwx").
-std::string AclText(const std::string& path, acl_type_t type) {
+// The list in text form, one entry a line ("user:nobody:rwx").
+std::string AclText(const std::string& path, acl_type_t type = ACL_TYPE_ACCESS) {
   acl_t acl = acl_get_file(path.c_str(), type);
   if (acl == nullptr) return "<error>";
   char* text = acl_to_text(acl, nullptr);
@@ -39,15 +45,15 @@ class FolderAccessTest : public ::testing::Test {
     acl_t probe = acl_get_file(m_dir.Path().c_str(), ACL_TYPE_ACCESS);
     if (probe == nullptr && errno == ENOTSUP) GTEST_SKIP() << "the temporary folder's file system has no ACL support";
     if (probe != nullptr) acl_free(probe);
-    if (getgrnam("users") == nullptr) GTEST_SKIP() << "this machine has no group named users";
+    if (getpwnam("nobody") == nullptr) GTEST_SKIP() << "this machine has no user named nobody";
     m_folder = m_dir.File("CorvaneApp");
     std::filesystem::create_directory(m_folder);
   }
 
-  void SetAcl(acl_type_t type, const char* text) {
+  void SetAcl(const std::string& path, const char* text, acl_type_t type = ACL_TYPE_ACCESS) {
     acl_t acl = acl_from_text(text);
     ASSERT_NE(acl, nullptr);
-    ASSERT_EQ(acl_set_file(m_folder.c_str(), type, acl), 0);
+    ASSERT_EQ(acl_set_file(path.c_str(), type, acl), 0);
     acl_free(acl);
   }
 
@@ -59,52 +65,72 @@ class FolderAccessTest : public ::testing::Test {
   std::string m_folder;
 };
 
-// An entry of another group stands before and after; one of the group is
-// replaced, not doubled, whatever the case of the account's name.
-TEST_F(FolderAccessTest, FolderGetsAccessAndDefaultEntries) {
-  SetAcl(ACL_TYPE_ACCESS, "u::rwx,g::r-x,o::---,g:root:r--,g:users:r--,m::r-x");
-  ASSERT_TRUE(Grant(m_folder, u"USERS"));
-  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS), defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
-  for (const char* entry : {"group:users:rwx", "group:root:r--", "mask::rwx", "user::rwx"}) {
+// Other entries stay; the person's is replaced, not doubled; the shared
+// group's goes. A folder's new default list starts from the owner alone.
+TEST_F(FolderAccessTest, NamedPersonGetsAccessAndDefaultEntriesOnce) {
+  SetAcl(m_folder, "u::rwx,g::r-x,o::---,g:root:r--,u:nobody:r--,g:users:rwx,m::rwx");
+  ASSERT_TRUE(Grant(m_folder, u"nobody"));
+  const std::string access = AclText(m_folder), defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
+  for (const char* entry : {"user:nobody:rwx", "group:root:r--", "mask::rwx", "user::rwx"}) {
     EXPECT_TRUE(Has(access, entry)) << entry << " in" << access;
   }
-  EXPECT_FALSE(Has(access, "group:users:r--")) << access;
-  EXPECT_TRUE(Has(defaults, "group:users:rwx") && Has(defaults, "user::rwx")) << defaults;
-
-  // A second call changes nothing.
-  ASSERT_TRUE(Grant(m_folder));
-  EXPECT_EQ(AclText(m_folder, ACL_TYPE_ACCESS), access);
-  EXPECT_EQ(AclText(m_folder, ACL_TYPE_DEFAULT), defaults);
-  // A file made in the folder inherits the entry; a file by itself gets it.
-  std::ofstream(m_folder + "/CorvaneAppDB.db") << "x";
-  EXPECT_NE(AclText(m_folder + "/CorvaneAppDB.db", ACL_TYPE_ACCESS).find("group:users:"), std::string::npos);
-  std::ofstream(m_dir.File("plain.db")) << "x";
-  ASSERT_TRUE(Grant(m_dir.File("plain.db")));
-  EXPECT_TRUE(Has(AclText(m_dir.File("plain.db"), ACL_TYPE_ACCESS), "group:users:rwx"));
-}
-
-TEST_F(FolderAccessTest, ExistingDefaultEntriesStay) {
-  SetAcl(ACL_TYPE_DEFAULT, "u::rwx,g::r-x,o::---,g:root:r-x,u:root:rw-,m::rwx");
-  ASSERT_TRUE(Grant(m_folder));
-  const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
-  for (const char* entry : {"group:users:rwx", "group:root:r-x", "user:root:rw-", "other::---"}) {
+  EXPECT_EQ(access.find("group:users"), std::string::npos) << access;
+  for (const char* entry : {"user:nobody:rwx", "group::---", "other::---"}) {
     EXPECT_TRUE(Has(defaults, entry)) << entry << " in" << defaults;
   }
-  // The access list got its entry too, and kept its own base entries.
-  const std::string access = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_TRUE(Has(access, "group:users:rwx")) << access;
-  EXPECT_EQ(access.find("group:root:"), std::string::npos) << access;
+  ASSERT_TRUE(Grant(m_folder, u"nobody"));
+  EXPECT_EQ(AclText(m_folder) + AclText(m_folder, ACL_TYPE_DEFAULT), access + defaults);
+  // A file made in the folder inherits the entry; a file gets no execute.
+  std::ofstream(m_folder + "/CorvaneAppDB.db") << "x";
+  EXPECT_NE(AclText(m_folder + "/CorvaneAppDB.db").find("user:nobody:"), std::string::npos);
+  ASSERT_TRUE(Grant(m_folder + "/CorvaneAppDB.db", u"nobody"));
+  EXPECT_TRUE(Has(AclText(m_folder + "/CorvaneAppDB.db"), "user:nobody:rw-"));
 }
 
-TEST_F(FolderAccessTest, UnknownGroupOrMissingPathFails) {
+// "Users" is whoever owns the folder that holds the data folder: no entry
+// when that is the folder's owner, the person's entry when root made it.
+TEST_F(FolderAccessTest, UsersIsTheOwnerOfTheDataFoldersParent) {
+  test::ScopedEnv appData("CORVANE_APPDATA", m_dir.Path().c_str());
+  ASSERT_TRUE(Grant(m_folder));
+  EXPECT_EQ(AclText(m_folder).find("user:"), AclText(m_folder).rfind("user:")) << AclText(m_folder);
+  if (geteuid() != 0) GTEST_SKIP() << "only root makes a folder for another person";
+  ASSERT_EQ(chown(m_dir.Path().c_str(), getpwnam("nobody")->pw_uid, 0), 0);
+  ASSERT_TRUE(Grant(m_folder));
+  EXPECT_TRUE(Has(AclText(m_folder), "user:nobody:rwx")) << AclText(m_folder);
+}
+
+TEST_F(FolderAccessTest, UnknownAccountOrMissingPathFails) {
   const std::string log = m_dir.File("debug.log");
   test::ScopedEnv debug("CORVANE_DEBUG", log.c_str());
-  const std::string before = AclText(m_folder, ACL_TYPE_ACCESS);
-  EXPECT_FALSE(Grant(m_folder, u"NoSuchGroupQz"));
-  EXPECT_EQ(AclText(m_folder, ACL_TYPE_ACCESS), before);
+  const std::string before = AclText(m_folder);
+  EXPECT_FALSE(Grant(m_folder, u"NoSuchUserQz"));
+  EXPECT_EQ(AclText(m_folder), before);
   std::ifstream in(log);
   EXPECT_NE(std::string(std::istreambuf_iterator<char>(in), {}).find("LookupAccountName() failed."), std::string::npos);
-  EXPECT_FALSE(Grant("/nonexistent/CorvaneApp"));
+  EXPECT_FALSE(Grant("/nonexistent/CorvaneApp", u"nobody"));
+}
+
+// A folder of an earlier version: open to its group, to others and to the
+// group "users". Everything is narrowed to its owner, once.
+TEST_F(FolderAccessTest, DataFolderOpenToOthersIsNarrowedToItsOwner) {
+  test::ScopedEnv appData("CORVANE_APPDATA", m_dir.Path().c_str());
+  ASSERT_EQ(chmod(m_folder.c_str(), 0775), 0);
+  for (const char* name : {"CorvaneAppDB.db", "DBConfig.ini", "Settings.ini"}) std::ofstream(m_folder + "/" + name) << "x";
+  SetAcl(m_folder, "u::rwx,g::rwx,o::r-x,g:users:rwx,m::rwx", ACL_TYPE_DEFAULT);
+  ASSERT_EQ(chmod((m_folder + "/DBConfig.ini").c_str(), 0664), 0);
+  ASSERT_EQ(chmod((m_folder + "/Settings.ini").c_str(), 0600), 0);
+  EXPECT_EQ(KeepDataFolderPrivate(FromUtf8(m_folder)), 3);  // the folder, the database, DBConfig.ini
+  struct stat info;
+  ASSERT_EQ(stat(m_folder.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+  for (const char* name : {"CorvaneAppDB.db", "DBConfig.ini", "Settings.ini"}) {
+    ASSERT_EQ(stat((m_folder + "/" + name).c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u) << name;
+  }
+  const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
+  EXPECT_TRUE(Has(defaults, "group::---") && Has(defaults, "other::---")) << defaults;
+  EXPECT_EQ(defaults.find("group:users"), std::string::npos) << defaults;
+  EXPECT_EQ(KeepDataFolderPrivate(FromUtf8(m_folder)), 0);
 }
 
 }  // namespace

@@ -55,14 +55,19 @@ HRESULT ProviderSession::Open(const std::string& param) {
   if (FAILED(hr)) return Fail(hr, "creating the provider");
   // GetValue reads DBConfig.ini and works before Initialize; a missing key
   // fails and reads as empty.
-  std::string before, after;
+  std::string before, after, recoveredBefore, recovered;
   static_cast<void>(GetValue("LastUpdate", &before));
+  static_cast<void>(GetValue("Recovered", &recoveredBefore));
   OwnedBstr text(param);
   hr = m_provider->Initialize(param.empty() ? nullptr : text.Get());
   if (FAILED(hr)) return Fail(hr, "Initialize");
   if (openToOthers) {
     std::fprintf(stderr, "corvane: %s was open to other accounts: it and its files are now yours alone\n",
                  DataFolderPath().c_str());
+  }
+  // The component rebuilt a damaged database: say so, once.
+  if (SUCCEEDED(GetValue("Recovered", &recovered)) && recovered != recoveredBefore) {
+    std::fprintf(stderr, "corvane: %s\n", recovered.substr(recovered.find('|') + 1).c_str());
   }
   static_cast<void>(GetValue("LastUpdate", &after));
   m_updated = after != before;

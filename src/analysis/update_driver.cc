@@ -34,6 +34,7 @@ HRESULT CUpdateDriver::Run() {
   ExtractHistory(&browser);
   static_cast<void>(m_pDB->SetConfig(kExtractBrowser, BrowserName(browser)));
   ExtractFavorites(browser);
+  static_cast<void>(m_pDB->PutBackSalvagedMarks(CCorvaneDB::MarkStage::kVisitsAndFavorites));
   std::u16string ieAdded;
   static_cast<void>(m_pDB->GetConfig(kIEHistoryAdded, &ieAdded, u""));
   // Until IE visits have reached THistory, all that is known of them lies
@@ -43,6 +44,7 @@ HRESULT CUpdateDriver::Run() {
   // The normal path run on IE visits works in IE mode too.
   m_pSettings->SetIEMode(browser == BROWSER_IE);
   HRESULT hr = ieOnly ? AnalyzeIEOnly() : AnalyzeProc(browser);
+  if (SUCCEEDED(hr)) static_cast<void>(m_pDB->PutBackSalvagedMarks(CCorvaneDB::MarkStage::kRankings));
   if (SUCCEEDED(hr)) WriteCounters(ieOnly);
   return hr;
 }

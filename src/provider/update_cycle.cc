@@ -36,6 +36,7 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
   static_cast<void>(LoadWhiteList());
   // The run goes ahead without the transaction should it not begin; only a
   // pair that began is ended, so a failed begin leaves the nesting count.
+  const CStorageWatch watch;
   bool began = m_db.BeginTransaction();
   HRESULT hr = E_FAIL;
   {
@@ -43,6 +44,13 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
     // transaction ends.
     CUpdateDriver driver(&m_db, &m_settings);
     hr = driver.Run();
+  }
+  // What a run wrote into a file that turned out damaged is rolled back;
+  // the next start rebuilds the file.
+  if (watch.Damaged()) {
+    if (began) static_cast<void>(m_db.AbandonTransaction());
+    static_cast<void>(m_db.StorageFailed(watch));
+    return E_FAIL;
   }
   if (began) static_cast<void>(m_db.EndTransaction());
   std::u16string end = StampNow();

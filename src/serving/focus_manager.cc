@@ -20,6 +20,7 @@ HRESULT CFocusURLsManager::GetURLs(uint32_t uCount, IUnknown** lppURLs) {
   if (lppURLs == nullptr) return E_INVALIDARG;
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
+  CStorageWatch watch;
   ComPtr<CURLArray> result(CreateObject<CURLArray>());
   if (!result) return E_FAIL;
   StatementPtr stmt;
@@ -31,6 +32,7 @@ HRESULT CFocusURLsManager::GetURLs(uint32_t uCount, IUnknown** lppURLs) {
     result->Append(info->AsUnknown());
   }
   stmt.reset();
+  if (db->StorageFailed(watch)) return E_FAIL;
   *lppURLs = result.Detach()->AsUnknown();
   return S_OK;
 }

@@ -22,8 +22,11 @@ HRESULT CHistoryURLsManager::CreateInstance(const IID& riid, void** ppvObject) {
 
 HRESULT CHistoryURLsManager::HandOutGroups(HRESULT hrQuery, CSqliteStatement* stmt, IUnknown** lppURLs) {
   if (FAILED(hrQuery) || stmt == nullptr) return E_FAIL;
+  CStorageWatch watch;
   ComPtr<CURLArray> groups;
   if (FAILED(BuildDateGroups(stmt, LocalDayNumberToday(), &groups))) return E_FAIL;
+  CCorvaneDB* db = m_link.Database();
+  if (db != nullptr && db->StorageFailed(watch)) return E_FAIL;
   return groups->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(lppURLs));
 }
 

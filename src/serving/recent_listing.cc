@@ -71,6 +71,7 @@ HRESULT CCommonUseURLsManager::GetRecentHistory(uint32_t uStart, uint32_t uCount
   if (uCount == 0 || lppArray == nullptr) return E_INVALIDARG;
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
+  CStorageWatch watch;
   ComPtr<CURLArray> result(CreateObject<CURLArray>());
   if (!result) return E_FAIL;
   RecentListing listing{db, uCount, 0, result.Get(), {}};
@@ -88,6 +89,7 @@ HRESULT CCommonUseURLsManager::GetRecentHistory(uint32_t uStart, uint32_t uCount
     if (SUCCEEDED(db->GetRecentHistoryRows(&rows))) ListRecentURLs(&listing, rows.get());
   }
   if (FAILED(hrDomains)) return hrDomains;
+  if (db->StorageFailed(watch)) return E_FAIL;
   *lppArray = result.Detach()->AsUnknown();
   return S_OK;
 }

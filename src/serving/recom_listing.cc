@@ -57,6 +57,7 @@ HRESULT CCommonUseURLsManager::GetRecomURLs(uint32_t uStart, uint32_t uCount, IU
   if (uCount == 0 || lppUnkArray == nullptr) return E_INVALIDARG;
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
+  CStorageWatch watch;
   bool bPending = false;
   if (m_link.IsIEBrowser()) {
     // While THistory holds no IE visit, only the URL table by visit count
@@ -76,6 +77,7 @@ HRESULT CCommonUseURLsManager::GetRecomURLs(uint32_t uStart, uint32_t uCount, IU
     HRESULT hr = RunURLStage(&listing, bPending);
     if (FAILED(hr)) return hr;
   }
+  if (db->StorageFailed(watch)) return E_FAIL;
   *lppUnkArray = result.Detach()->AsUnknown();
   return S_OK;
 }

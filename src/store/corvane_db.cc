@@ -119,18 +119,35 @@ HRESULT CCorvaneDB::Open(std::u16string_view path, bool bReopen) {
     static_cast<void>(Close());
   }
   if (!CSqliteDB::Open(path)) return E_FAIL;
+  ConfigureHandle();
+  if (NeedsRecovery()) return RecoverDamagedFile(path);
+  const CStorageWatch watch;
+  static_cast<void>(Begin());
+  HRESULT hr = CreateSchema();
+  static_cast<void>(Commit());
+  if (FAILED(hr) && watch.Damaged()) return RecoverDamagedFile(path);
+  // A file that can't take the schema for another reason (no rights, a
+  // full disk) is left as it is, and closed, so that a later Initialize
+  // tries again instead of running an update against it.
+  if (FAILED(hr)) static_cast<void>(CSqliteDB::Close());
+  return hr;
+}
+
+void CCorvaneDB::ConfigureHandle() {
   sqlite3_busy_timeout(Handle(), kBusyTimeoutMs);
   // An update writes a heavy user's whole history and its four indices in
   // one transaction; with SQLite's default 2 MB cache the index pages spill
   // to the file and are read back over and over.
   static_cast<void>(ExecUtf8(kPageSizePragma));
   static_cast<void>(ExecUtf8(kCacheSizePragma));
+}
+
+HRESULT CCorvaneDB::OpenFresh(std::u16string_view path) {
+  if (!CSqliteDB::Open(path)) return E_FAIL;
+  ConfigureHandle();
   static_cast<void>(Begin());
   HRESULT hr = CreateSchema();
   static_cast<void>(Commit());
-  // A file that is no database (or can't take the schema) is left as it is,
-  // and closed, so that a later Initialize tries again instead of running an
-  // update against it.
   if (FAILED(hr)) static_cast<void>(CSqliteDB::Close());
   return hr;
 }
@@ -264,6 +281,11 @@ bool CCorvaneDB::BeginTransaction() {
 bool CCorvaneDB::EndTransaction() {
   if (m_nTransactionCount.fetch_sub(1) - 1 != 0) return true;
   return Commit();
+}
+
+bool CCorvaneDB::AbandonTransaction() {
+  if (m_nTransactionCount.fetch_sub(1) - 1 != 0) return true;
+  return ExecUtf8("rollback");
 }
 
 // ---- DBConfig.ini ----

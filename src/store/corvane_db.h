@@ -97,6 +97,9 @@ class CCorvaneDB : public CSqliteDB {
   // open one whatever their caller holds, so that they join it.
   bool BeginTransaction();
   bool EndTransaction();
+  // Ends a pair like EndTransaction, but the outermost one rolls back: what
+  // a run wrote into a file found damaged is never committed.
+  bool AbandonTransaction();
 
   // ---- DBConfig.ini (corvane_db.cc) ----
 
@@ -213,12 +216,37 @@ class CCorvaneDB : public CSqliteDB {
   // TRecentHistory, best first; ties keep table order.
   HRESULT GetRecentHistoryRows(StatementPtr* lppStmt);
 
+  // ---- A damaged file set aside and rebuilt (db_recovery.cc) ----
+
+  // Whether the open file needs rebuilding: an earlier listing or update
+  // met damage in it, or it fails its quick check.
+  bool NeedsRecovery();
+  // Renames the damaged file (with its journal) to CorvaneAppDB.db.corrupt,
+  // never over an earlier one, salvages the person's own rows from it,
+  // builds a fresh file with the pins and the IE snapshot in it and the hide
+  // marks waiting in TSalvagedMark, and makes the next update read the
+  // browser again. One debug line, and the DBConfig.ini key "Recovered",
+  // say what happened. Runs under a lock of the data folder, so that two
+  // processes never both rebuild.
+  HRESULT RecoverDamagedFile(std::u16string_view path);
+  // Puts salvaged hide marks back once the update has rebuilt their tables:
+  // those of history rows and favourites after the extraction, those of
+  // the ranking tables (and then the table of marks) after the analysis.
+  enum class MarkStage { kVisitsAndFavorites, kRankings };
+  HRESULT PutBackSalvagedMarks(MarkStage stage);
+  // True when the watch saw a failure; damage is noted in DBConfig.ini so
+  // that the next start rebuilds the file even where its check passes.
+  bool StorageFailed(const CStorageWatch& watch);
+
   // ---- State shared with the recommendation listing ----
 
   ShownDomainMap m_mapShownDomains;
 
  private:
   HRESULT CreateSchema();
+  // The pragmas of every handle; then the schema in one transaction.
+  void ConfigureHandle();
+  HRESULT OpenFresh(std::u16string_view path);
   HRESULT CreateTableWithIndices(std::u16string_view table, std::u16string_view createSql,
                                  std::initializer_list<const char16_t*> indexColumns);
 

@@ -1,5 +1,6 @@
 #include "store/sqlite_db.h"
 
+#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -46,7 +47,32 @@ CSqliteException::~CSqliteException() {
 
 const CSqliteException& LastSqliteError() { return LastError(); }
 
-void RecordSqliteError(int32_t code, const char* message) { LastError() = CSqliteException(code, message); }
+namespace {
+
+// Steps that failed on this thread; a listing compares the count before and
+// after, so that rows read up to an error are never handed out as a whole.
+thread_local uint64_t t_stepFailures = 0;
+// Errors of the whole process that said a file is damaged.
+std::atomic<uint64_t> s_damageCount{0};
+
+// A step that stopped on an error, not at a row or at the end.
+void NoteStepFailure(int rc) {
+  if (rc == SQLITE_ROW || rc == SQLITE_DONE) return;
+  ++t_stepFailures;
+}
+
+}  // namespace
+
+bool IsDamageCode(int rc) { return (rc & 0xff) == SQLITE_CORRUPT || (rc & 0xff) == SQLITE_NOTADB; }
+
+uint64_t StepFailureCount() { return t_stepFailures; }
+
+uint64_t DamageCount() { return s_damageCount.load(); }
+
+void RecordSqliteError(int32_t code, const char* message) {
+  if (IsDamageCode(code)) ++s_damageCount;
+  LastError() = CSqliteException(code, message);
+}
 
 // ---- CSqliteStatement ----
 
@@ -105,6 +131,7 @@ bool CSqliteStatement::Execute() {
     return true;
   }
   if (m_bSelect && rc == SQLITE_ROW) return true;
+  NoteStepFailure(rc);
   RecordSqliteError(rc, sqlite3_errmsg(m_db));
   if (!m_bSelect) sqlite3_reset(m_pStmt);
   return false;
@@ -117,6 +144,7 @@ bool CSqliteStatement::Step() {
     sqlite3_reset(m_pStmt);
     return false;
   }
+  NoteStepFailure(rc);
   RecordSqliteError(rc, sqlite3_errmsg(m_db));
   return false;
 }

@@ -118,6 +118,32 @@ class CSqliteDB {
 // Records a failure as the last error.
 void RecordSqliteError(int32_t code, const char* message);
 
+// SQLITE_CORRUPT or SQLITE_NOTADB, extended codes included: the file is
+// damaged, not merely busy or full.
+bool IsDamageCode(int rc);
+
+// How many steps of this thread stopped on an error (a damaged page, a
+// failed read, a full disk) instead of at a row or at the end.
+uint64_t StepFailureCount();
+
+// How many errors of the process, on any statement, said that a file is
+// damaged.
+uint64_t DamageCount();
+
+// Watches one listing or update: Failed() when a step of this thread failed
+// or any statement met a damaged file after the watch began, so that a list
+// cut short by an error is no answer; Damaged() for the latter alone.
+class CStorageWatch {
+ public:
+  CStorageWatch() : m_steps(StepFailureCount()), m_damage(DamageCount()) {}
+  bool Failed() const { return StepFailureCount() != m_steps || Damaged(); }
+  bool Damaged() const { return DamageCount() != m_damage; }
+
+ private:
+  uint64_t m_steps;
+  uint64_t m_damage;
+};
+
 }  // namespace corvane
 
 #endif  // CORVANE_STORE_SQLITE_DB_H_

@@ -5,6 +5,7 @@
 
 #include <acl/libacl.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/acl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -323,6 +324,54 @@ TEST_F(CliTest, BrowsersListsEveryProfileAndSourcesChoosesWhatUpdatesRead) {
   ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
   EXPECT_EQ(Fields(found["profiles"][0], {"read", "why"}) + " / " + Fields(found["profiles"][1], {"read", "why"}),
             "false | not named in Harvest.ini / true | chosen in Harvest.ini");
+}
+
+// The first column of the first row of a query on a database file.
+std::string Scalar(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  sqlite3_stmt* stmt = nullptr;
+  std::string out;
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW) {
+    out = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+  }
+  sqlite3_finalize(stmt);
+  sqlite3_close(db);
+  return out;
+}
+
+// A damaged database is set aside, never over an earlier one, and rebuilt
+// from the browser with the person's own rows: pins and hidden history
+// rows, favourites and sites stay as they were. One line says so.
+TEST_F(CliTest, DamagedDatabaseIsRebuiltWithThePersonsOwnRows) {
+  ASSERT_EQ(Run({"update"}).status, 0);
+  ASSERT_EQ(Run({"pin", "https://docs.example.net/", "Docs"}).status, 0);
+  const std::string visit = std::to_string(RunJson({"history", "-n", "1"})[0]["visits"][0]["id"].asUInt());
+  const std::string favorite = std::to_string(RunJson({"favorites"})[0]["id"].asUInt());
+  const std::string site = std::to_string(FindSite(RunJson({"sites"}), "site", "github.com")["id"].asUInt());
+  for (const std::vector<std::string>& hide : std::vector<std::vector<std::string>>{
+           {"hide", "history", visit}, {"hide", "favorite", favorite}, {"hide", "site", site}}) {
+    ASSERT_EQ(Run(hide).status, 0) << hide[1];
+  }
+  const auto state = [&] {
+    std::string out;
+    for (const char* list : {"pins", "history", "favorites", "sites"}) out += RunJson({list}).toStyledString();
+    return out;
+  };
+  const std::string before = state(), db = DataFolder() + "/CorvaneAppDB.db";
+  test::DamageDatabasePage(db, std::stoi(Scalar(db, "select pageno from dbstat where name = 'h2'")),
+                     std::stoi(Scalar(db, "pragma page_size")));
+  RunResult rebuilt = Run({"pins"});
+  EXPECT_EQ(rebuilt.err, "corvane: CorvaneAppDB.db was damaged: set aside as CorvaneAppDB.db.corrupt and rebuilt; "
+                         "saved 1 pins, 3 hide marks and 0 IE history rows\n");
+  EXPECT_EQ(state(), before);
+  EXPECT_EQ(Scalar(db, "pragma integrity_check") + Scalar(db, "select count(*) from sqlite_master where name = "
+                                                              "'TSalvagedMark'"), "ok0");
+  std::ofstream(db, std::ios::trunc) << "no database";
+  EXPECT_NE(Run({"pins"}).err.find("set aside as CorvaneAppDB.db.corrupt.1 and rebuilt; saved 0 pins"),
+            std::string::npos);
+  EXPECT_EQ(ReadFile(db + ".corrupt.1"), "no database");
+  EXPECT_EQ(Scalar(db + ".corrupt", "select count(*) from TFocusURL"), "1");
 }
 
 // The access list of a file, abbreviated ("u::rw-,g::---,o::---").

@@ -157,13 +157,16 @@ TEST_F(ProviderTest, GetValueAnswersKeysOfTheConfigFile) {
   EXPECT_EQ(m_provider->Uninitialize(), S_OK);
 }
 
-TEST_F(ProviderTest, DatabaseThatIsNoDatabaseFailsWithoutBeingOverwritten) {
+TEST_F(ProviderTest, DatabaseThatIsNoDatabaseIsSetAsideAndRebuilt) {
   const std::string garbage(4096, 'x');
   WriteDataFile("CorvaneAppDB.db", garbage);
-  EXPECT_LT(Initialize(), 0);
-  EXPECT_EQ(Config(u"LastUpdate"), u"");
-  EXPECT_EQ(m_provider->ForceUpdateData(), E_FAIL);
-  EXPECT_EQ(FileText(DataFile("CorvaneAppDB.db")), garbage);
+  ASSERT_EQ(Initialize(), S_OK);
+  EXPECT_EQ(FileText(DataFile("CorvaneAppDB.db.corrupt")), garbage);
+  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table").count("THistory"), 1u);
+  const std::u16string recovered = Config(u"Recovered");
+  EXPECT_EQ(recovered.substr(recovered.find(u'|')), u"|CorvaneAppDB.db was damaged: set aside as "
+            u"CorvaneAppDB.db.corrupt and rebuilt; saved 0 pins, 0 hide marks and 0 IE history rows");
+  EXPECT_NE(Config(u"LastUpdate"), u"");
 }
 
 // The cycle of an Initialize scores with the set that its "Settings" saved.

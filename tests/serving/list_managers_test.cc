@@ -74,6 +74,24 @@ TEST_F(ListManagersTest, HistoryIsGroupedByDayWithLabelsSearchedHiddenAndCleared
   EXPECT_EQ(Count(Listing(m_history.Get(), 0).Get()), 0u);
 }
 
+// A page of THistory overwritten while the provider runs: the listing and
+// the search fail instead of handing out the rows read before the damage,
+// and the damage is noted so that the next start rebuilds the file.
+TEST_F(ListManagersTest, DamageMetByAListingFailsItAndIsNoted) {
+  m_db.Exec("with recursive n(i) as (select 1 union all select i + 1 from n where i < 3000) insert into THistory "
+            "select null, 'Title ' || hex(zeroblob(40)), 'http://p' || i || '/', 1, '2024.03.05 2 08:00:00.000', "
+            "154561, 0, 2 from n;");
+  ASSERT_NE(HistoryDays(0), "");
+  const int page = std::stoi(m_db.Scalar("select pageno from dbstat where name = 'THistory' and pagetype = 'leaf' "
+                                         "order by pageno limit 1 offset 3"));
+  DamageDatabasePage(DataFile("CorvaneAppDB.db"), page, std::stoi(m_db.Scalar("pragma page_size")));
+  IUnknown* raw = nullptr;
+  EXPECT_EQ(m_history->GetURLs(0, &raw), E_FAIL);
+  EXPECT_EQ(raw, nullptr);
+  EXPECT_EQ(Found(u"Title"), "status " + std::to_string(E_FAIL));
+  EXPECT_EQ(GetValue(m_provider.Get(), u"DatabaseDamaged"), u"1");
+}
+
 TEST_F(ListManagersTest, RowLimitCutsADayAndAddAndUnknownFlagsChangeNothing) {
   for (int i = 0; i < 5; ++i) {
     const std::string n = std::to_string(i);

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 namespace corvane::test {
@@ -26,6 +27,19 @@ TempDir::TempDir() : m_path((std::filesystem::temp_directory_path() / "corvane-t
 TempDir::~TempDir() {
   std::error_code error;
   std::filesystem::remove_all(m_path, error);
+}
+
+void DamageDatabasePage(const std::string& path, int page, int pageSize) {
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(static_cast<std::streamoff>(page - 1) * pageSize);
+  file << std::string(static_cast<size_t>(pageSize), '\x5a');
+  unsigned char counter[4];
+  file.seekg(24);
+  file.read(reinterpret_cast<char*>(counter), 4);
+  counter[3] = static_cast<unsigned char>(counter[3] + 1);
+  file.seekp(24);
+  file.write(reinterpret_cast<const char*>(counter), 4);
+  EXPECT_TRUE(file.good()) << path;
 }
 
 std::string BuildLibDir() {

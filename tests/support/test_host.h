@@ -41,6 +41,11 @@ class TempDir {
   std::string m_path;
 };
 
+// Overwrites page number `page` (from 1) of a database file with garbage and
+// bumps the file's change counter, so that a connection that cached the
+// page reads the damage.
+void DamageDatabasePage(const std::string& path, int page, int pageSize);
+
 // The folder of the built shared libraries ($CORVANE_BUILD_LIB_DIR).
 std::string BuildLibDir();
 

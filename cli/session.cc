@@ -5,11 +5,16 @@
 
 #include "cli/data_folder.h"
 #include "cli/host_text.h"
+#include "cli/ini_read.h"
 #include "cli/store_reader.h"
 #include "cli/white_list_install.h"
 
 namespace corvane::cli {
 namespace {
+
+// DBConfig.ini keys under which the component tells of a damaged database
+// it rebuilt and of files of the data folder it refused: "<stamp>|<sentence>".
+constexpr const char* kNoteKeys[] = {"Recovered", "WhiteListRefused", "SettingsRefused", "DBConfigDamaged"};
 
 constexpr uint32_t kRecommendManager = 1;
 constexpr uint32_t kFocusManager = 2;
@@ -36,6 +41,25 @@ void NameNestedSites(std::vector<SiteRecord>* lpSites) {
 
 }  // namespace
 
+// The notes as DBConfig.ini holds them now; read by the host itself, since
+// the component writes some as soon as it is created.
+std::map<std::string, std::string> ReadNotes() {
+  std::map<std::string, std::string> notes;
+  for (const char* key : kNoteKeys) {
+    static_cast<void>(ReadIniValue(DataFolderPath() + "/" + kConfigFile, "DBConfig", key, &notes[key]));
+  }
+  return notes;
+}
+
+// A note is new when its stamp changed since the last look.
+void ProviderSession::SayNewNotes() {
+  std::map<std::string, std::string> now = ReadNotes();
+  for (const auto& [key, note] : now) {
+    if (note != m_notes[key]) std::fprintf(stderr, "corvane: %s\n", note.substr(note.find('|') + 1).c_str());
+  }
+  m_notes = std::move(now);
+}
+
 HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
   m_error = what + " failed (" + HexStatus(hr) + ")";
   return hr;
@@ -47,6 +71,7 @@ HRESULT ProviderSession::Open(const std::string& param) {
   bool openToOthers = false;
   if (!PrepareDataFolder(&m_error, &openToOthers)) return E_FAIL;
   static_cast<void>(InstallSampleWhiteList());
+  m_notes = ReadNotes();
   ComRef<IClassFactory> factory;
   HRESULT hr = DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory,
                                  reinterpret_cast<void**>(factory.Put()));
@@ -55,9 +80,8 @@ HRESULT ProviderSession::Open(const std::string& param) {
   if (FAILED(hr)) return Fail(hr, "creating the provider");
   // GetValue reads DBConfig.ini and works before Initialize; a missing key
   // fails and reads as empty.
-  std::string before, after, recoveredBefore, recovered;
+  std::string before, after;
   static_cast<void>(GetValue("LastUpdate", &before));
-  static_cast<void>(GetValue("Recovered", &recoveredBefore));
   OwnedBstr text(param);
   hr = m_provider->Initialize(param.empty() ? nullptr : text.Get());
   if (FAILED(hr)) return Fail(hr, "Initialize");
@@ -65,10 +89,7 @@ HRESULT ProviderSession::Open(const std::string& param) {
     std::fprintf(stderr, "corvane: %s was open to other accounts: it and its files are now yours alone\n",
                  DataFolderPath().c_str());
   }
-  // The component rebuilt a damaged database: say so, once.
-  if (SUCCEEDED(GetValue("Recovered", &recovered)) && recovered != recoveredBefore) {
-    std::fprintf(stderr, "corvane: %s\n", recovered.substr(recovered.find('|') + 1).c_str());
-  }
+  SayNewNotes();
   static_cast<void>(GetValue("LastUpdate", &after));
   m_updated = after != before;
   m_error.clear();
@@ -77,6 +98,7 @@ HRESULT ProviderSession::Open(const std::string& param) {
 
 HRESULT ProviderSession::ForceUpdate() {
   HRESULT hr = m_provider->ForceUpdateData();
+  SayNewNotes();
   return FAILED(hr) ? Fail(hr, "ForceUpdateData") : hr;
 }
 

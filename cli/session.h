@@ -11,6 +11,7 @@
 #define CORVANE_CLI_SESSION_H_
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -58,9 +59,13 @@ class ProviderSession {
 
  private:
   HRESULT Fail(HRESULT hr, const std::string& what);
+  // Prints, one line each, the component's notes about its files that
+  // changed since the last look.
+  void SayNewNotes();
   HRESULT Manager(uint32_t id, IUnknown** lppManager);
 
   ComRef<ICorvaneDataProviderObject> m_provider;
+  std::map<std::string, std::string> m_notes;
   std::string m_error;
   bool m_updated = false;
 };

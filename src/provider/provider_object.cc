@@ -5,6 +5,7 @@
 #include "platform/app_data.h"
 #include "platform/bstr.h"
 #include "platform/data_folder_rights.h"
+#include "platform/file_notes.h"
 #include "platform/folder_access.h"
 #include "platform/paths.h"
 #include "provider/command_parse.h"
@@ -53,6 +54,11 @@ HRESULT CCorvaneDataProviderObject::Initialize(BSTR bstrParam) {
   std::u16string folder;
   if (!GetDataFolder(&folder)) return E_FAIL;
   static_cast<void>(KeepDataFolderPrivate(folder));
+  const std::u16string configPath = PathJoin(folder, u"DBConfig.ini");
+  if (ConfigFileDamaged(configPath) && !SetDamagedFileAside(ToUtf8(configPath)).empty()) {
+    NoteFileProblem(kConfigNoteKey, "DBConfig.ini was damaged: set aside, and its stamps are read as missing, so the "
+                                    "history is read again");
+  }
   static_cast<void>(GrantFolderAccess(folder, kUsersAccount, kGenericAll));
   std::u16string databasePath = PathJoin(folder, kDatabaseFileName);
   HRESULT hr = m_db.Open(databasePath, false);

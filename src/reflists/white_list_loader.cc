@@ -8,6 +8,7 @@
 
 #include "common/debug_log.h"
 #include "platform/app_data.h"
+#include "platform/file_notes.h"
 #include "platform/paths.h"
 #include "store/corvane_db.h"
 #include "store/schema.h"
@@ -21,15 +22,24 @@ constexpr char kUnknown[] = "Unknown";
 // before the parser's recursion could exhaust the stack.
 constexpr int kJsonStackLimit = 64;
 
-bool ReadWholeFile(const std::u16string& path, std::string* lpText) {
+// The whole file; false with the reason when it can't be used. A missing
+// file has no reason: there is nothing to tell.
+bool ReadWholeFile(const std::u16string& path, std::string* lpText, std::string* lpWhy) {
   std::ifstream in(ToFsPath(path), std::ios::binary);
-  if (!in) return false;
+  if (!in) {
+    if (PathFileExists(path)) *lpWhy = "it can't be read";
+    return false;
+  }
   in.seekg(0, std::ios::end);
   std::streamoff size = in.tellg();
+  if (size <= 0) *lpWhy = "it is empty";
+  if (size > kMaxWhiteListBytes) *lpWhy = "it is larger than " + std::to_string(kMaxWhiteListBytes) + " bytes";
   if (size <= 0 || size > kMaxWhiteListBytes) return false;
   in.seekg(0);
   lpText->resize(static_cast<size_t>(size));
-  return static_cast<bool>(in.read(lpText->data(), size));
+  if (in.read(lpText->data(), size)) return true;
+  *lpWhy = "it can't be read";
+  return false;
 }
 
 // A string member as text, or the fallback when it is missing or no string.
@@ -122,9 +132,13 @@ int32_t LoadNamesTable(CCorvaneDB* pDB, const Json::Value& names) {
 }
 
 HRESULT LoadWhiteListFrom(CCorvaneDB* pDB, const std::u16string& path) {
-  std::string text;
+  std::string text, why;
   Json::Value root;
-  if (!ReadWholeFile(path, &text) || !ParseWhiteListText(text, &root)) return E_FAIL;
+  if (ReadWholeFile(path, &text, &why) && !ParseWhiteListText(text, &root)) why = "it is not valid JSON";
+  if (!why.empty()) {
+    NoteFileProblem(kWhiteListNoteKey, "WhiteList.js was refused: " + why + "; the lists loaded before stay in force");
+  }
+  if (text.empty() || !why.empty()) return E_FAIL;
   static_cast<void>(LoadListTable(pDB, schema::kWhiteList, schema::kCreateWhiteList, root["whitelist"], true));
   static_cast<void>(LoadListTable(pDB, schema::kBlackList, schema::kCreateBlackList, root["blacklist"], false));
   static_cast<void>(LoadListTable(pDB, schema::kSubList, schema::kCreateSubList, root["sublist"], false));

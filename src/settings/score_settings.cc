@@ -1,6 +1,7 @@
 #include "settings/score_settings.h"
 
 #include "corvane/CorvaneDataProvider.h"
+#include "platform/file_notes.h"
 #include "platform/message.h"
 #include "settings/setting_parse.h"
 #include "store/corvane_db.h"
@@ -19,6 +20,8 @@ void CScoreSettings::Load(const char16_t* name) {
   CSettingParse parse(name);
   if (SUCCEEDED(parse.LoadSettings(this))) return;
   // The file is damaged beyond use: start again from the built-in defaults.
+  NoteFileProblem(kSettingsNoteKey, "Settings.ini was refused: its score rows do not parse; the built-in settings "
+                                    "were written in its place");
   parse.DefaultSettingReset();
   Clear();
   m_nSettingFirst = 0;

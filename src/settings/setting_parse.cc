@@ -6,6 +6,7 @@
 #include "common/text_util.h"
 #include "common/utf.h"
 #include "platform/app_data.h"
+#include "platform/file_notes.h"
 #include "platform/folder_access.h"
 #include "platform/ini_file.h"
 #include "platform/paths.h"
@@ -105,6 +106,11 @@ HRESULT CSettingParse::LoadSettings(CScoreSettings* lpSettings) {
   std::u16string analyze, setting;
   if (FAILED(ReadBothValues(&analyze, &setting))) {
     DebugLog("!!!!CSettingParse::LoadSettings(%s) Failed\r\n", ToUtf8(m_strPath).c_str());
+    if (PathFileExists(m_strPath)) {
+      NoteFileProblem(kSettingsNoteKey, ToFsPath(m_strPath).filename().string() +
+                                            " was refused: it holds no score rows; the built-in settings were "
+                                            "written in its place");
+    }
     if (FAILED(SaveSetting(kDefaultSettingText, 1))) return E_FAIL;
     if (FAILED(ReadBothValues(&analyze, &setting))) return E_FAIL;
   }

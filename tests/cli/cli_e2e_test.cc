@@ -374,6 +374,31 @@ TEST_F(CliTest, DamagedDatabaseIsRebuiltWithThePersonsOwnRows) {
   EXPECT_EQ(Scalar(db + ".corrupt", "select count(*) from TFocusURL"), "1");
 }
 
+// A file of the data folder that the component refuses is named in one
+// line with why and what was done instead; the update itself succeeds.
+TEST_F(CliTest, RefusedFilesAreNamedInOneLineEach) {
+  ASSERT_EQ(Run({"update"}).status, 0);
+  const struct {
+    const char* file;
+    const char* text;
+    const char* line;
+  } kFiles[] = {
+      {"WhiteList.js", "{ broken", "WhiteList.js was refused: it is not valid JSON; the lists loaded before stay in force"},
+      {"Settings.ini", "Score=garbage",
+       "Settings.ini was refused: it holds no score rows; the built-in settings were written in its place"},
+      {"DBConfig.ini", "garbage",
+       "DBConfig.ini was damaged: set aside, and its stamps are read as missing, so the history is read again"},
+  };
+  for (const auto& file : kFiles) {
+    std::ofstream(DataFolder() + "/" + file.file, std::ios::trunc) << file.text;
+    RunResult result = Run({"update", "--force"});
+    EXPECT_EQ(result.status, 0) << file.file;
+    EXPECT_EQ(result.err, "corvane: " + std::string(file.line) + "\n");
+    std::filesystem::remove(DataFolder() + "/WhiteList.js");  // the host puts the sample back
+  }
+  EXPECT_EQ(ReadFile(DataFolder() + "/DBConfig.ini.corrupt"), "garbage");
+}
+
 // The access list of a file, abbreviated ("u::rw-,g::---,o::---").
 std::string Rights(const std::string& path) {
   acl_t acl = acl_get_file(path.c_str(), ACL_TYPE_ACCESS);

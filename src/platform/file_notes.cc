@@ -1,0 +1,56 @@
+#include "platform/file_notes.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "common/debug_log.h"
+#include "common/local_clock.h"
+#include "common/text_util.h"
+#include "common/time_stamp.h"
+#include "common/utf.h"
+#include "platform/app_data.h"
+#include "platform/ini_file.h"
+#include "platform/paths.h"
+
+namespace corvane {
+namespace {
+
+constexpr char16_t kConfigFileName[] = u"DBConfig.ini";
+constexpr char16_t kConfigSection[] = u"DBConfig";
+// DBConfig.ini is a few hundred bytes; more than this is read no further.
+constexpr size_t kConfigReadLimit = 1 << 20;
+
+}  // namespace
+
+void NoteFileProblem(std::u16string_view key, const std::string& sentence) {
+  DebugLog("%s\r\n", sentence.c_str());
+  std::u16string folder;
+  if (!GetDataFolder(&folder)) return;
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::u16string value;
+  FormatVisitStamp(now, &value);
+  value += u"|" + FromUtf8(sentence);
+  static_cast<void>(WriteProfileString(PathJoin(folder, kConfigFileName), kConfigSection, key, &value));
+}
+
+bool ConfigFileDamaged(std::u16string_view path) {
+  std::ifstream in(ToFsPath(path), std::ios::binary);
+  std::string text;
+  text.resize(kConfigReadLimit);
+  in.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<size_t>(in.gcount()));
+  if (text.find_first_not_of(" \t\r\n") == std::string::npos) return false;
+  return AsciiFindIgnoreCase(FromUtf8(text), u"[DBConfig]", 0) == std::u16string_view::npos;
+}
+
+std::string SetDamagedFileAside(const std::string& path) {
+  std::string aside = path + ".corrupt";
+  std::error_code error;
+  for (int n = 1; std::filesystem::exists(aside, error); ++n) aside = path + ".corrupt." + std::to_string(n);
+  return std::rename(path.c_str(), aside.c_str()) == 0 ? aside : std::string();
+}
+
+}  // namespace corvane

@@ -53,14 +53,14 @@ class CliTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(SampleFixture().Write(m_dir.File("fixture.json"))); }
 
-  RunResult Run(std::vector<std::string> args, int asUser = -1) {
+  RunResult Run(std::vector<std::string> args, int asUser = -1, long fileSizeLimit = -1) {
     args.insert(args.begin(), {"--data-dir", m_dir.File("appdata")});
     return RunBinary(CORVANE_CLI_BINARY, args,
                      {{"CORVANE_HARVEST_LIBRARY", FakeHarvestLibrary()},
                       {"CORVANE_FAKE_HARVEST_FIXTURE", m_dir.File("fixture.json")},
                       {"CORVANE_TEST_NOW", m_now},
                       {"CORVANE_APPDATA", ""}},
-                     asUser);
+                     asUser, fileSizeLimit);
   }
 
   // Runs with --json and parses stdout; fails the test on a bad document.
@@ -397,6 +397,32 @@ TEST_F(CliTest, RefusedFilesAreNamedInOneLineEach) {
     std::filesystem::remove(DataFolder() + "/WhiteList.js");  // the host puts the sample back
   }
   EXPECT_EQ(ReadFile(DataFolder() + "/DBConfig.ini.corrupt"), "garbage");
+}
+
+// A disk that fills up during an update, and a database the person may not
+// write: one line and a non-zero status each, and every stored row stays.
+TEST_F(CliTest, FullDiskAndReadOnlyDatabaseLoseNothing) {
+  ASSERT_EQ(Run({"update"}).status, 0);
+  ASSERT_EQ(Run({"pin", "github.com", "Code"}).status, 0);
+  const auto state = [&] {
+    std::string out;
+    for (const char* list : {"pins", "history", "sites"}) out += RunJson({list}).toStyledString();
+    return out;
+  };
+  const std::string before = state(), db = DataFolder() + "/CorvaneAppDB.db";
+  const long half = static_cast<long>(std::filesystem::file_size(db) / 2);
+  EXPECT_TRUE(FailsWithOneLine(Run({"update", "--force"}, -1, half), 1, {"ForceUpdateData failed"}));
+  EXPECT_EQ(state(), before);
+  EXPECT_EQ(Scalar(db, "pragma integrity_check"), "ok");
+  if (geteuid() != 0) GTEST_SKIP() << "the read-only database is tried as another user, which only root can be";
+  ASSERT_EQ(chmod(m_dir.Path().c_str(), 0755) | chmod(m_dir.File("appdata").c_str(), 0755), 0);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(m_dir.File("appdata"))) {
+    ASSERT_EQ(chown(entry.path().c_str(), 65534, 65534), 0);
+  }
+  ASSERT_EQ(chmod(db.c_str(), 0400), 0);
+  EXPECT_TRUE(FailsWithOneLine(Run({"update", "--force"}, 65534), 1, {"cannot write " + db + ": Permission denied"}));
+  ASSERT_EQ(chmod(db.c_str(), 0600), 0);
+  EXPECT_EQ(state(), before);
 }
 
 // The access list of a file, abbreviated ("u::rw-,g::---,o::---").

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,13 +21,18 @@ namespace {
 // In the child: redirect, set the environment, exec. Never returns.
 [[noreturn]] void ExecChild(const std::string& binary, const std::vector<std::string>& args,
                             const std::map<std::string, std::string>& env, const std::string& outPath,
-                            const std::string& errPath, int asUser) {
+                            const std::string& errPath, int asUser, long fileSizeLimit) {
   int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) _exit(127);
   if (asUser >= 0) {
     auto id = static_cast<uid_t>(asUser);
     if (setgroups(0, nullptr) != 0 || setgid(static_cast<gid_t>(id)) != 0 || setuid(id) != 0) _exit(126);
+  }
+  if (fileSizeLimit >= 0) {
+    // A write past the limit then fails with EFBIG instead of ending the child.
+    const rlimit limit{static_cast<rlim_t>(fileSizeLimit), static_cast<rlim_t>(fileSizeLimit)};
+    if (signal(SIGXFSZ, SIG_IGN) == SIG_ERR || setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(125);
   }
   for (const auto& [name, value] : env) {
     if (value.empty()) unsetenv(name.c_str());
@@ -41,13 +48,13 @@ namespace {
 }  // namespace
 
 RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
-                    const std::map<std::string, std::string>& env, int asUser) {
+                    const std::map<std::string, std::string>& env, int asUser, long fileSizeLimit) {
   char folder[] = "/tmp/corvane-run-XXXXXX";
   RunResult result;
   if (mkdtemp(folder) == nullptr) return result;
   std::string outPath = std::string(folder) + "/out", errPath = std::string(folder) + "/err";
   pid_t child = fork();
-  if (child == 0) ExecChild(binary, args, env, outPath, errPath, asUser);
+  if (child == 0) ExecChild(binary, args, env, outPath, errPath, asUser, fileSizeLimit);
   int status = 0;
   if (child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
   result.out = ReadFile(outPath);

@@ -23,9 +23,10 @@ struct RunResult {
 // env: variables to set (an empty value unsets the variable) on top of the
 // test's own environment. asUser >= 0: the child drops to that user and
 // group ID first (the test must run as root), for checks of file
-// permissions that root would pass.
+// permissions that root would pass. fileSizeLimit >= 0: no file of the
+// child grows beyond that many bytes (a full disk, as the child sees it).
 RunResult RunBinary(const std::string& binary, const std::vector<std::string>& args,
-                    const std::map<std::string, std::string>& env, int asUser = -1);
+                    const std::map<std::string, std::string>& env, int asUser = -1, long fileSizeLimit = -1);
 
 // Parses text as exactly one JSON document; false with the parser's
 // message otherwise.

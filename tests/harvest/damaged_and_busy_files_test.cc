@@ -11,7 +11,9 @@
 // writer able to commit.
 
 #include <poll.h>
+#include <signal.h>
 #include <sys/inotify.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -144,6 +146,27 @@ TEST_F(DamagedFilesTest, TimesOutsideTheCalendarAreSkippedAndStoredCountsUnused)
     EXPECT_EQ(std::to_string(visits[0].count) + " " + std::to_string(visits[1].count), "1 1");
     EXPECT_NE(TakeDebugLog().find("6 visits of " + line), std::string::npos);
   }
+}
+
+// A copy that can't be made: the disk fills up during the copy (a limit on
+// file size, in a child). Nothing is delivered, the debug log says why, and
+// the browser's file stays as it was.
+TEST_F(DamagedFilesTest, CopyOntoAFullDiskDeliversNothingAndSaysWhy) {
+  const std::string history = HandChromiumHistory(Home(), std::string(kOneChromiumVisit) +
+                                                              "create table padding(data BLOB); insert into padding "
+                                                              "values(zeroblob(1000000));");
+  const std::string before = ReadAll(history);
+  TakeDebugLog();
+  std::string delivered;
+  ASSERT_TRUE(RunWithin(30, [&] {
+    const rlimit limit{64 << 10, 64 << 10};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return std::to_string(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size());
+  }, &delivered));
+  EXPECT_EQ(delivered, "0");
+  EXPECT_NE(TakeDebugLog().find("can't copy " + history + ": File too large"), std::string::npos);
+  EXPECT_EQ(ReadAll(history), before);
 }
 
 // A FIFO where a browser keeps a file would block a plain open for ever;

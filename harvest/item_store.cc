@@ -133,8 +133,9 @@ void ItemStore::MergeSources() {
       secondOf = micros / kMicrosPerSecond;
       second.clear();
     }
+    const uint16_t from = source;  // a binding that older compilers let no lambda capture
     const bool copy = std::any_of(second.begin(), second.end(), [&](const VisitItem* kept) {
-      return kept->Source() != source && kept->KeptURL() == visit.KeptURL();
+      return kept->Source() != from && kept->KeptURL() == visit.KeptURL();
     });
     if (copy) continue;
     second.push_back(&visit);

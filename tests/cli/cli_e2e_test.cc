@@ -457,6 +457,9 @@ TEST_F(CliTest, DataFolderIsItsOwnersAlone) {
   EXPECT_EQ(narrowed.err, "corvane: " + DataFolder() + " was open to other accounts: it and its files are now yours alone\n");
   expectPrivate("");
   EXPECT_EQ(Run({"pins"}).err, "");
+  std::ofstream(DataFolder() + "/CorvaneAppDB.db", std::ios::trunc) << "damaged";
+  ASSERT_NE(Run({"pins"}).err.find("set aside as CorvaneAppDB.db.corrupt"), std::string::npos);
+  expectPrivate("");
   if (geteuid() != 0) GTEST_SKIP() << "only root makes a data folder for another person";
   std::filesystem::remove_all(DataFolder());
   ASSERT_EQ(chmod(m_dir.Path().c_str(), 0755) | chown(m_dir.File("appdata").c_str(), 65534, 65534), 0);

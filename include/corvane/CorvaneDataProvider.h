@@ -88,6 +88,22 @@ class IClassFactory : public IUnknown {
   virtual HRESULT LockServer(int32_t fLock) = 0;
 };
 
+// The provider. Initialize takes null, or a parameter text of commands
+// "-Name=value" separated by blanks (a value with blanks in double quotes):
+// "-Settings=<settings text>" saves a scoring set when it is newer than the
+// stored one, "-ForceSettings=<settings text>" saves it over a stored
+// version of 0; a settings text is "Name@..|Default@..|Ver@..|Score@..|
+// Setting@..". Initialize then makes the data folder, opens (or rebuilds) the
+// database and runs the day's first update. GetURLsManager gives, by ID:
+//   1  the recommendations and recent take-ups (ICommonUseURLsManager)
+//   2  the sites the host pinned (IURLsManager: AddURL pins, RemoveURL unpins)
+//   3  the history by day, with search (IHistoryURLsManager)
+//   4  the favourites (IURLsManager)
+// and E_NOINTERFACE for any other. ForceUpdateData runs an update now.
+// GetValue reads a key of DBConfig.ini: "LastUpdate", "ExtractBrowser",
+// the counters of the last update, and the notes "Recovered",
+// "WhiteListRefused", "SettingsRefused" and "DBConfigDamaged"
+// ("<stamp>|<sentence>"); a missing key fails.
 class ICorvaneDataProviderObject : public IUnknown {
  public:
   virtual HRESULT Initialize(BSTR bstrParam) = 0;

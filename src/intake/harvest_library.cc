@@ -30,7 +30,11 @@ std::string CHarvestLibrary::LibraryPath() {
   const char* named = std::getenv(kLibraryVariable);
   if (named != nullptr && *named != '\0') return named;
   std::string folder = OwnFolder();
-  return (folder.empty() ? std::string(".") : folder) + "/" + kLibraryName;
+  const std::string path = (folder.empty() ? std::string(".") : folder) + "/" + kLibraryName;
+  // An install without the development link still has the versioned name.
+  std::error_code error;
+  if (!std::filesystem::exists(path, error) && std::filesystem::exists(path + ".1", error)) return path + ".1";
+  return path;
 }
 
 bool CHarvestLibrary::Load() {

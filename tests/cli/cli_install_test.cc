@@ -25,7 +25,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(CliInstallTest, InstallsLibrariesHeadersHostWhiteListAndPkgConfig) {
+// A host of the installed library: only the public header and its exports.
+constexpr char kSmallHost[] = R"(#include <corvane/CorvaneDataProvider.h>
+#include <cstdio>
+int main() {
+  IClassFactory* factory = nullptr;
+  if (DllGetClassObject(CLSID_CorvaneDataProviderObject, IID_IClassFactory, (void**)&factory) != 0) return 1;
+  ICorvaneDataProviderObject* provider = nullptr;
+  HRESULT hr = factory->CreateInstance(nullptr, IID_ICorvaneDataProviderObject, (void**)&provider);
+  factory->Release();
+  if (hr != 0) return 2;
+  BSTR key = SysAllocString(u"Missing");
+  BSTR value = nullptr;
+  std::printf("provider created; Missing: 0x%08X\n", (unsigned)provider->GetValue(key, &value));
+  SysFreeString(key);
+  SysFreeString(value);
+  provider->Release();
+  return 0;
+}
+)";
+
+TEST(CliInstallTest, InstallsLibrariesHeadersHostWhiteListAndPackages) {
   test::TempDir prefix;
   std::string command = "cmake --install '" + std::string(CORVANE_BUILD_TREE) + "' --prefix '" + prefix.Path() +
                         "' > '" + prefix.File("install.log") + "' 2>&1";
@@ -41,13 +61,29 @@ TEST(CliInstallTest, InstallsLibrariesHeadersHostWhiteListAndPkgConfig) {
   EXPECT_NE(pc.find("Cflags: -I${includedir}"), std::string::npos);
   // The prefix follows the file, wherever it was installed.
   EXPECT_NE(pc.find("prefix=${pcfiledir}/"), std::string::npos) << pc;
-  if (std::system("command -v pkg-config > /dev/null") == 0) {
-    RunResult flags = RunBinary("/bin/sh", {"-c", "pkg-config --libs --cflags corvane"},
-                                {{"PKG_CONFIG_PATH", (lib / "pkgconfig").string()}});
-    EXPECT_EQ(flags.status, 0) << flags.err;
-    for (const std::string& flag : {"-L" + prefix.Path(), std::string("-lCorvaneDataProvider"), "-I" + prefix.Path()}) {
-      EXPECT_NE(flags.out.find(flag), std::string::npos) << flags.out;
-    }
+  // Versioned names, with the major version as the SONAME.
+  for (const char* name : {"libCorvaneDataProvider.so", "libVisitHarvest.so"}) {
+    EXPECT_EQ(fs::read_symlink(lib / name).string(), std::string(name) + ".1");
+    EXPECT_EQ(fs::read_symlink(lib / (std::string(name) + ".1")).string(), std::string(name) + ".1.0.0");
+  }
+  // A small host built against the installed package, once with pkg-config
+  // and once with find_package(Corvane); each creates the provider and reads
+  // a value through the boundary.
+  std::ofstream(prefix.File("host.cc")) << kSmallHost;
+  std::ofstream(prefix.File("CMakeLists.txt")) << "cmake_minimum_required(VERSION 3.25)\nproject(host CXX)\n"
+      "find_package(Corvane 1 REQUIRED CONFIG)\nadd_executable(host host.cc)\n"
+      "target_link_libraries(host PRIVATE Corvane::CorvaneDataProvider)\n";
+  const std::string built = "cd '" + prefix.Path() + "' && ";
+  const std::map<std::string, std::string> env = {{"PKG_CONFIG_PATH", (lib / "pkgconfig").string()},
+                                                  {"CMAKE_PREFIX_PATH", prefix.Path()},
+                                                  {"CORVANE_APPDATA", prefix.File("hostdata")}};
+  for (const std::string& build : {built + "c++ -std=c++17 host.cc -o host-pc $(pkg-config --cflags --libs corvane) "
+                                           "-Wl,-rpath,$(pkg-config --variable=libdir corvane) && ./host-pc",
+                                   built + "cmake -S . -B cm -DCMAKE_BUILD_TYPE=Release > cm.log && "
+                                           "cmake --build cm > cm.log && cm/host"}) {
+    RunResult host = RunBinary("/bin/sh", {"-c", build}, env);
+    EXPECT_EQ(host.status, 0) << build << "\n" << host.err << ReadFile(prefix.File("cm.log"));
+    EXPECT_EQ(host.out, "provider created; Missing: 0x80004005\n") << build;
   }
   // The installed host runs from its own folders: its rpath finds the
   // component and it copies the installed white list into a new data folder.

@@ -93,18 +93,18 @@ HRESULT ShowDemo(const GlobalOptions& global, ProviderSession& session, Json::Va
   if (!days.empty() && days[0].visits.size() > kDemoVisits) days[0].visits.resize(kDemoVisits);
   if (global.json) {
     (*lpDocument)["browser"] = (*lpDocument)["update"]["ExtractBrowser"];
-    (*lpDocument)["sites"] = ToJson(sites);
-    (*lpDocument)["recent"] = ToJson(recent);
-    (*lpDocument)["history"] = ToJson(days);
+    (*lpDocument)["sites"] = SitesJson(sites);
+    (*lpDocument)["recent"] = RecentJson(recent);
+    (*lpDocument)["history"] = DaysJson(days);
     PrintJson(*lpDocument, stdout);
     return S_OK;
   }
   std::printf("\nSites\n");
-  PrintSites(sites, stdout);
+  PrintSites(sites, TableFormat::kText, stdout);
   std::printf("\nRecent\n");
-  PrintRecent(recent, stdout);
+  PrintRecent(recent, TableFormat::kText, stdout);
   std::printf("\nHistory, newest day\n");
-  PrintDays(days, stdout);
+  PrintDays(days, TableFormat::kText, stdout);
   return S_OK;
 }
 

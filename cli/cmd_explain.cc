@@ -10,6 +10,7 @@
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/records.h"
+#include "cli/row_ids.h"
 #include "cli/score_bands.h"
 
 namespace corvane::cli {
@@ -22,6 +23,13 @@ std::string BandText(const ScoreModel& model, uint32_t day) {
   std::snprintf(text, sizeof(text), "day indexes %u-%u, weight %.1f", row->dayFrom, row->dayTo - 1,
                 static_cast<double>(row->recencyWeight));
   return text;
+}
+
+// The row ID that the listings show for a ranked row.
+std::string ListedId(const std::string& table, int64_t rowid) {
+  const RowKind kind = table == "TSubDomain" ? RowKind::kSubDomain
+                       : table == "TRecommendURL" ? RowKind::kUrl : RowKind::kDomain;
+  return RowId(kind, static_cast<uint32_t>(rowid));
 }
 
 Json::Value UrlJson(const ScoredUrl& url, const ScoreModel& model) {
@@ -58,6 +66,7 @@ Json::Value FactsJson(const ExplainFacts& facts, const ScoreModel& model) {
     Json::Value value(Json::objectValue);
     value["table"] = row.table;
     value["id"] = static_cast<Json::Int64>(row.rowid);
+    value["rowId"] = ListedId(row.table, row.rowid);
     value["key"] = row.key;
     value["score"] = static_cast<Json::Int64>(row.score);
     value["hide"] = row.hide;
@@ -73,34 +82,63 @@ Json::Value FactsJson(const ExplainFacts& facts, const ScoreModel& model) {
   return document;
 }
 
-void PrintFacts(const Json::Value& facts) {
-  std::string main = facts["mainDomain"].asString();
-  std::printf("%s (main domain %s)\n", facts["domain"].asCString(), main.empty() ? "not recorded" : main.c_str());
-  if (facts.isMember("dayScore")) {
-    std::printf("Scoring: (%d x days + %d x visits) x recency weight x %d%% for a favourite  [%s]\n",
-                facts["dayScore"].asInt(), facts["visitScore"].asInt(), facts["favoritePercent"].asInt(),
-                facts["settings"].asCString());
+// "today", "yesterday" or "N days ago" for a day index (0 is today).
+std::string DaysAgo(uint32_t day) {
+  if (day == 0) return "today";
+  if (day == 1) return "yesterday";
+  return std::to_string(day) + " days ago";
+}
+
+// One scored page in words, with the formula and its numbers.
+void PrintPage(const Json::Value& url, const ScoreModel& model) {
+  const uint32_t days = url["days"].asUInt(), visits = url["visits"].asUInt(), newest = url["newestDayIndex"].asUInt();
+  const bool favorite = url["favorite"].asBool();
+  std::printf("  %s%s\n", url["url"].asCString(),
+              url["table"].asString() == "h2" ? "" : "  (only lately: a recent take-up, not yet ranked)");
+  std::printf("    used on %u %s, %u %s, last %s, %s\n", days, days == 1 ? "day" : "days", visits,
+              visits == 1 ? "visit" : "visits", DaysAgo(newest).c_str(), favorite ? "bookmarked" : "not bookmarked");
+  const ScoreBand* first = model.RowFor(0);
+  const ScoreBand* band = model.RowFor(newest);
+  if (first == nullptr || band == nullptr) {
+    std::printf("    score %u\n", url["score"].asUInt());
+    return;
+  }
+  std::printf("    score (%d x %u days + %d x %u visits) x %.1f for the last visit%s = %u", first->dayScore, days,
+              first->visitScore, visits, static_cast<double>(band->recencyWeight),
+              favorite ? (" x " + std::to_string(first->favoritePercent) + "% as a bookmark").c_str() : "",
+              model.Score(days, visits, newest, favorite));
+  if (model.Score(days, visits, newest, favorite) != url["score"].asUInt()) {
+    std::printf(" (the last update stored %u)", url["score"].asUInt());
+  }
+  std::printf("\n");
+}
+
+void PrintFacts(const Json::Value& facts, const ScoreModel& model) {
+  const std::string main = facts["mainDomain"].asString();
+  if (main.empty()) {
+    std::printf("%s: not in the analysed history\n", facts["domain"].asCString());
   } else {
-    std::printf("Scoring: Settings.ini holds no readable score rows\n");
+    std::printf("%s, of the site %s\n", facts["domain"].asCString(), main.c_str());
+  }
+  const ScoreBand* first = model.RowFor(0);
+  if (first != nullptr) {
+    std::printf("How a page scores: %d points for each day it was used and %d for each visit, times a weight for "
+                "how recent its last visit is, times %d%% when it is bookmarked (settings: %s)\n",
+                first->dayScore, first->visitScore, first->favoritePercent, facts["settings"].asCString());
+  } else {
+    std::printf("How a page scores: Settings.ini holds no readable score rows\n");
   }
   if (facts["urls"].empty()) std::printf("No scored URL: the analysis has not seen it in its span.\n");
-  for (const Json::Value& url : facts["urls"]) {
-    std::string computed = url.isMember("expectedScore") ? " (computed " + url["expectedScore"].asString() + ")" : "";
-    std::printf("  %s [%s]\n    %u %s, %u visits, newest day index %u (%s)%s\n    score %u%s\n",
-                url["url"].asCString(), url["table"].asString() == "h2" ? "long-standing" : "recent only",
-                url["days"].asUInt(), url["days"].asUInt() == 1 ? "day" : "days", url["visits"].asUInt(),
-                url["newestDayIndex"].asUInt(),
-                url["recencyBand"].asCString(), url["favorite"].asBool() ? ", favourite" : "", url["score"].asUInt(),
-                computed.c_str());
-  }
+  for (const Json::Value& url : facts["urls"]) PrintPage(url, model);
   for (const Json::Value& row : facts["ranked"]) {
-    std::printf("Listed in %s as ID %lld (%s): score %lld, %s\n", row["table"].asCString(),
-                static_cast<long long>(row["id"].asInt64()), row["key"].asCString(),
+    std::printf("Listed as %s (%s): weight %lld, %s\n", row["rowId"].asCString(), row["key"].asCString(),
                 static_cast<long long>(row["score"].asInt64()), row["hideState"].asCString());
   }
-  for (const Json::Value& group : facts["whiteList"]) std::printf("White-list group: %s\n", group.asCString());
-  for (const Json::Value& rule : facts["subDomainRules"]) std::printf("Sub-domain rule: %s\n", rule.asCString());
-  if (facts["subDomainSite"].asBool()) std::printf("A site of its own by a sub-domain rule.\n");
+  for (const Json::Value& group : facts["whiteList"]) std::printf("A site of the white list: %s\n", group.asCString());
+  for (const Json::Value& rule : facts["subDomainRules"]) {
+    std::printf("Each host like this one is a site of its own (rule %s)\n", rule.asCString());
+  }
+  if (facts["subDomainSite"].asBool()) std::printf("This host is a site of its own.\n");
   if (facts["blackListed"].asBool()) std::printf("On the black list: never recommended.\n");
 }
 
@@ -114,11 +152,12 @@ int RunExplain(const GlobalOptions& global, const std::string& target) {
   ExplainFacts facts;
   std::string message;
   if (!ReadExplainFacts(db, target, &facts, &message)) return Failure(message);
-  Json::Value document = FactsJson(facts, LoadScoreModel(folder));
+  const ScoreModel model = LoadScoreModel(folder);
+  Json::Value document = FactsJson(facts, model);
   if (global.json) {
     PrintJson(document, stdout);
   } else {
-    PrintFacts(document);
+    PrintFacts(document, model);
   }
   return kExitOk;
 }

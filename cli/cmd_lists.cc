@@ -5,9 +5,12 @@
 #include <memory>
 #include <string>
 
+#include "cli/data_folder.h"
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "cli/store_reader.h"
+#include "cli/time_text.h"
 
 namespace corvane::cli {
 namespace {
@@ -15,21 +18,81 @@ namespace {
 struct ListOptions {
   uint32_t count = 20;
   std::string search;
+  std::string since;
+  std::string until;
 };
+
+// Opens the session; a listing that ran the day's first update says so, so
+// that a later "corvane update" finding nothing to do is no surprise.
+HRESULT OpenForListing(ProviderSession* lpSession) {
+  HRESULT hr = lpSession->Open(std::string());
+  if (SUCCEEDED(hr) && lpSession->Updated()) {
+    std::string browser;
+    if (FAILED(lpSession->GetValue("ExtractBrowser", &browser))) browser = "Unknown";
+    std::fprintf(stderr, "corvane: ran the day's first update before listing (browser read: %s)\n",
+                 browser.c_str());
+  }
+  return hr;
+}
+
+// Every pin first, in its order and under its own name: a pinned site that
+// the ranking holds is that record, any other pin a record of its own.
+void PutPinsFirst(const std::vector<UrlRecord>& pins, std::vector<SiteRecord>* lpSites) {
+  std::vector<SiteRecord> ordered;
+  for (const UrlRecord& pin : pins) {
+    SiteRecord record;
+    record.id = pin.id;
+    record.whiteList = kPinRecord;
+    record.url = pin.url;
+    for (auto site = lpSites->begin(); site != lpSites->end(); ++site) {
+      if (!site->focus || site->focusId != pin.id) continue;
+      record = std::move(*site);
+      lpSites->erase(site);
+      break;
+    }
+    record.name = pin.name;
+    record.focus = true;
+    record.focusId = pin.id;
+    ordered.push_back(std::move(record));
+  }
+  for (SiteRecord& site : *lpSites) {
+    site.focus = false;  // a focus record whose pin is gone is ranked like the rest
+    ordered.push_back(std::move(site));
+  }
+  *lpSites = std::move(ordered);
+}
+
+// What an empty ranking means: what the history holds, and what ranking
+// needs.
+void SayWhyNoSites() {
+  const HistorySummary history = ReadHistorySummary(DataFolderPath() + "/" + kDatabaseFile);
+  if (history.visits == 0) {
+    std::printf("(no sites yet: the history is empty; run 'corvane browsers' to see what an update reads)\n");
+    return;
+  }
+  std::printf("(no sites ranked yet: the history holds %lld visits on %lld days, %s to %s; a site is ranked "
+              "once it was used on days before the last few, and what is new shows under 'corvane recent')\n",
+              static_cast<long long>(history.visits), static_cast<long long>(history.days),
+              StampDate(history.first).c_str(), StampDate(history.last).c_str());
+}
 
 int RunSites(const GlobalOptions& global, const ListOptions& options) {
   ProviderSession session;
   std::vector<SiteRecord> sites;
-  HRESULT hr = session.Open(std::string());
+  std::vector<UrlRecord> pins;
+  HRESULT hr = OpenForListing(&session);
   if (SUCCEEDED(hr)) hr = session.ListSites(options.count, &sites);
+  if (SUCCEEDED(hr)) hr = session.ListPins(&pins);
   if (FAILED(hr)) return ComponentFailure(session.Error());
+  PutPinsFirst(pins, &sites);
   // The white-listed domains come all at once, whatever the count asked
-  // for; show the count the user asked for.
+  // for; show the count the user asked for, pins included.
   if (sites.size() > options.count) sites.resize(options.count);
   if (global.json) {
-    PrintJson(ToJson(sites), stdout);
+    PrintJson(SitesJson(sites), stdout);
   } else {
-    PrintSites(sites, stdout);
+    PrintSites(sites, FormatOf(global), stdout);
+    if (sites.empty() && !global.csv) SayWhyNoSites();
   }
   return kExitOk;
 }
@@ -37,27 +100,47 @@ int RunSites(const GlobalOptions& global, const ListOptions& options) {
 int RunRecent(const GlobalOptions& global, const ListOptions& options) {
   ProviderSession session;
   std::vector<SiteRecord> sites;
-  HRESULT hr = session.Open(std::string());
+  HRESULT hr = OpenForListing(&session);
   if (SUCCEEDED(hr)) hr = session.ListRecent(options.count, &sites);
   if (FAILED(hr)) return ComponentFailure(session.Error());
   if (global.json) {
-    PrintJson(ToJson(sites), stdout);
+    PrintJson(RecentJson(sites), stdout);
   } else {
-    PrintRecent(sites, stdout);
+    PrintRecent(sites, FormatOf(global), stdout);
   }
   return kExitOk;
 }
 
+// Keeps the visits dated from since to until (either may be empty), then at
+// most count of them (0: all).
+void KeepDates(const ListOptions& options, std::vector<DayGroup>* lpDays) {
+  size_t left = options.count == 0 ? SIZE_MAX : options.count;
+  for (DayGroup& day : *lpDays) {
+    std::erase_if(day.visits, [&](const UrlRecord& visit) {
+      const std::string date = StampDate(visit.lastVisit);
+      return (!options.since.empty() && date < options.since) || (!options.until.empty() && date > options.until);
+    });
+    if (day.visits.size() > left) day.visits.resize(left);
+    left -= day.visits.size();
+  }
+  std::erase_if(*lpDays, [](const DayGroup& day) { return day.visits.empty(); });
+}
+
 int RunHistory(const GlobalOptions& global, const ListOptions& options) {
+  for (const std::string* date : {&options.since, &options.until}) {
+    if (!date->empty() && !IsIsoDate(*date)) return UsageError("a date is YYYY-MM-DD: " + *date);
+  }
+  const bool dated = !options.since.empty() || !options.until.empty();
   ProviderSession session;
   std::vector<DayGroup> days;
-  HRESULT hr = session.Open(std::string());
-  if (SUCCEEDED(hr)) hr = session.ListHistory(options.count, options.search, &days);
+  HRESULT hr = OpenForListing(&session);
+  if (SUCCEEDED(hr)) hr = session.ListHistory(dated ? 0 : options.count, options.search, &days);
   if (FAILED(hr)) return ComponentFailure(session.Error());
+  if (dated) KeepDates(options, &days);
   if (global.json) {
-    PrintJson(ToJson(days), stdout);
+    PrintJson(DaysJson(days), stdout);
   } else {
-    PrintDays(days, stdout);
+    PrintDays(days, FormatOf(global), stdout);
   }
   return kExitOk;
 }
@@ -65,13 +148,13 @@ int RunHistory(const GlobalOptions& global, const ListOptions& options) {
 int RunFavorites(const GlobalOptions& global, const ListOptions& options) {
   ProviderSession session;
   std::vector<UrlRecord> favorites;
-  HRESULT hr = session.Open(std::string());
+  HRESULT hr = OpenForListing(&session);
   if (SUCCEEDED(hr)) hr = session.ListFavorites(options.count, &favorites);
   if (FAILED(hr)) return ComponentFailure(session.Error());
   if (global.json) {
-    PrintJson(ToJson(favorites), stdout);
+    PrintJson(UrlsJson(favorites, RowKind::kFavorite), stdout);
   } else {
-    PrintUrls(favorites, true, stdout);
+    PrintUrls(favorites, RowKind::kFavorite, FormatOf(global), stdout);
   }
   return kExitOk;
 }
@@ -99,6 +182,8 @@ void AddListCommands(CLI::App& app, const GlobalOptions& global, CommandTable* l
   history->count = 50;
   sub = AddCounted(app, "history", "The browsing history by day", history.get(), true);
   sub->add_option("--search", history->search, "Only visits whose name or URL holds this text");
+  sub->add_option("--since", history->since, "Only visits on or after this date (YYYY-MM-DD)");
+  sub->add_option("--until", history->until, "Only visits on or before this date (YYYY-MM-DD)");
   lpTable->emplace_back(sub, [&global, history] { return RunHistory(global, *history); });
 
   auto favorites = std::make_shared<ListOptions>();

@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "cli/data_folder.h"
+#include "cli/ini_read.h"
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/progress.h"
@@ -49,6 +51,12 @@ int RunUpdate(const GlobalOptions& global, const UpdateOptions& options) {
   } else {
     PrintUpdateSummary(summary, stdout);
   }
+  if (!options.settings.empty() && session.Said("SettingsRefused")) return kExitFailure;
+  // An update that found no browser to read has done nothing a person wants.
+  const std::string browser = summary["ExtractBrowser"].asString();
+  if (browser.empty() || browser == "Unknown") {
+    return Failure("nothing to read: no browser profile was found; 'corvane browsers' shows where it looked");
+  }
   return kExitOk;
 }
 
@@ -56,8 +64,14 @@ int RunValue(const GlobalOptions& global, const std::string& key) {
   ProviderSession session;
   HRESULT hr = session.Open(std::string());
   std::string value;
-  if (SUCCEEDED(hr)) hr = session.GetValue(key, &value);
   if (FAILED(hr)) return ComponentFailure(session.Error());
+  if (FAILED(session.GetValue(key, &value))) {
+    std::string keys;
+    for (const std::string& name : ReadIniKeys(DataFolderPath() + "/" + kConfigFile, "DBConfig")) {
+      keys += (keys.empty() ? "" : ", ") + name;
+    }
+    return Failure("DBConfig.ini has no value for '" + key + "'; its keys: " + (keys.empty() ? "none yet" : keys));
+  }
   if (global.json) {
     Json::Value document(Json::objectValue);
     document["key"] = key;

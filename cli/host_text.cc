@@ -95,6 +95,17 @@ std::string HexStatus(HRESULT hr) {
   return buffer;
 }
 
+std::string StatusText(HRESULT hr) {
+  static const std::pair<HRESULT, const char*> kWords[] = {
+      {E_FAIL, "failed"},           {E_INVALIDARG, "invalid argument"}, {E_POINTER, "null pointer"},
+      {E_OUTOFMEMORY, "out of memory"}, {E_NOINTERFACE, "no such interface"}, {E_NOTIMPL, "not implemented"},
+      {CLASS_E_CLASSNOTAVAILABLE, "no such class"}};
+  for (const auto& [code, words] : kWords) {
+    if (code == hr) return std::string(words) + " (" + HexStatus(hr) + ")";
+  }
+  return "status " + HexStatus(hr);
+}
+
 bool IsDecimalNumber(std::string_view text) {
   if (text.empty() || text.size() > 10) return false;
   unsigned long long value = 0;

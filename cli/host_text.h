@@ -23,6 +23,8 @@ std::wstring Utf8ToWide(std::string_view utf8);
 std::string FromBstr(BSTR text);
 // "0x80004005".
 std::string HexStatus(HRESULT hr);
+// The status in words with its code: "failed (0x80004005)".
+std::string StatusText(HRESULT hr);
 // True for a non-empty run of ASCII digits that fits 32 bits.
 [[nodiscard]] bool IsDecimalNumber(std::string_view text);
 

@@ -1,6 +1,8 @@
 #include "cli/ini_read.h"
 
+#include <algorithm>
 #include <fstream>
+#include <functional>
 
 namespace corvane::cli {
 namespace {
@@ -27,9 +29,10 @@ std::string_view Unquoted(std::string_view value) {
   return value;
 }
 
-}  // namespace
-
-bool ReadIniValue(const std::string& path, std::string_view section, std::string_view key, std::string* lpValue) {
+// Calls visit(key, value) for each key line of the section, in file order,
+// until it returns false.
+void ForEachKey(const std::string& path, std::string_view section,
+                const std::function<bool(std::string_view, std::string_view)>& visit) {
   std::ifstream in(path, std::ios::binary);
   bool inSection = false;
   std::string line;
@@ -40,11 +43,32 @@ bool ReadIniValue(const std::string& path, std::string_view section, std::string
       continue;
     }
     size_t equals = text.find('=');
-    if (!inSection || equals == std::string_view::npos || !SameName(Trim(text.substr(0, equals)), key)) continue;
-    *lpValue = std::string(Unquoted(Trim(text.substr(equals + 1))));
-    return true;
+    if (!inSection || equals == std::string_view::npos) continue;
+    if (!visit(Trim(text.substr(0, equals)), Unquoted(Trim(text.substr(equals + 1))))) return;
   }
-  return false;
+}
+
+}  // namespace
+
+bool ReadIniValue(const std::string& path, std::string_view section, std::string_view key, std::string* lpValue) {
+  bool found = false;
+  ForEachKey(path, section, [&](std::string_view name, std::string_view value) {
+    found = SameName(name, key);
+    if (found) *lpValue = std::string(value);
+    return !found;
+  });
+  return found;
+}
+
+std::vector<std::string> ReadIniKeys(const std::string& path, std::string_view section) {
+  std::vector<std::string> keys;
+  ForEachKey(path, section, [&](std::string_view name, std::string_view) {
+    if (std::none_of(keys.begin(), keys.end(), [&](const std::string& key) { return SameName(key, name); })) {
+      keys.emplace_back(name);
+    }
+    return true;
+  });
+  return keys;
 }
 
 }  // namespace corvane::cli

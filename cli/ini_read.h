@@ -11,6 +11,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane::cli {
 
@@ -18,6 +19,9 @@ namespace corvane::cli {
 // first one counts. False when the file, the section or the key is missing.
 [[nodiscard]] bool ReadIniValue(const std::string& path, std::string_view section, std::string_view key,
                                 std::string* lpValue);
+
+// The keys of a section, in file order, each once.
+std::vector<std::string> ReadIniKeys(const std::string& path, std::string_view section);
 
 }  // namespace corvane::cli
 

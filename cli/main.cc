@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
   GlobalOptions global;
   app.add_option("--data-dir", global.dataDir, "Application-data folder for the component's files");
   app.add_flag("--json", global.json, "Print exactly one JSON document");
+  app.add_flag("--csv", global.csv, "Print listings as CSV")->excludes("--json");
   CommandTable table;
   AddUpdateCommands(app, global, &table);
   AddListCommands(app, global, &table);

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/output.h"
 #include "corvane/CorvaneDataProvider.h"
 
 namespace corvane::cli {
@@ -23,7 +24,13 @@ inline constexpr int kExitUsage = 2;     // bad arguments
 struct GlobalOptions {
   std::string dataDir;  // application-data folder for the component; empty: its default
   bool json = false;    // exactly one JSON document on stdout
+  bool csv = false;     // listings as CSV
 };
+
+// The table format that the options ask for.
+inline TableFormat FormatOf(const GlobalOptions& options) {
+  return options.csv ? TableFormat::kCsv : TableFormat::kText;
+}
 
 // A subcommand and what runs when it was chosen; returns the exit status.
 using CommandTable = std::vector<std::pair<CLI::App*, std::function<int()>>>;

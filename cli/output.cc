@@ -6,6 +6,8 @@
 #include <memory>
 #include <sstream>
 
+#include "cli/time_text.h"
+
 namespace corvane::cli {
 namespace {
 
@@ -20,6 +22,19 @@ std::string Number(std::optional<uint32_t> value) {
 
 // "Hide" holds -1 as 0xFFFFFFFF; JSON shows the signed state.
 Json::Value HideValue(uint32_t hide) { return Json::Value(static_cast<int32_t>(hide)); }
+
+// A CSV field, quoted when it holds a comma, a quote or a line break.
+std::string CsvField(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string out = "\"";
+  for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return out + "\"";
+}
+
+std::string Trimmed(std::string text) {
+  text.erase(0, text.find_first_not_of(' '));
+  return text;
+}
 
 std::string SiteLabel(const SiteRecord& site) {
   return site.name.empty() ? site.domain : site.name;
@@ -40,7 +55,17 @@ void TextTable::AddRow(std::vector<std::string> cells) {
   m_rows.push_back(std::move(cells));
 }
 
-void TextTable::Print(std::FILE* out) const {
+void TextTable::Print(std::FILE* out, TableFormat format) const {
+  if (format == TableFormat::kCsv) {
+    auto printCsv = [&](const std::vector<std::string>& row) {
+      std::string line;
+      for (size_t c = 0; c < row.size(); ++c) line += (c > 0 ? "," : "") + CsvField(Trimmed(row[c]));
+      std::fprintf(out, "%s\r\n", line.c_str());
+    };
+    printCsv(m_header);
+    for (const auto& row : m_rows) printCsv(row);
+    return;
+  }
   std::vector<size_t> widths(m_header.size());
   for (size_t c = 0; c < m_header.size(); ++c) widths[c] = DisplayWidth(m_header[c]);
   for (const auto& row : m_rows) {
@@ -56,15 +81,25 @@ void TextTable::Print(std::FILE* out) const {
   for (const auto& row : m_rows) printRow(row);
 }
 
-Json::Value ToJson(const SiteRecord& record) {
+namespace {
+
+// The time fields of a record: ISO 8601 and the component's own stamp.
+void AddTimes(const std::string& stamp, Json::Value* lpValue) {
+  if (stamp.empty()) return;
+  (*lpValue)["lastVisit"] = StampToIso(stamp);
+  (*lpValue)["stamp"] = stamp;
+}
+
+Json::Value SiteJson(const SiteRecord& record, const std::string& id) {
   Json::Value value(Json::objectValue);
-  value["id"] = record.id;
+  value["id"] = id;
+  value["componentId"] = record.id;
+  value["kind"] = SiteKindName(record);
   value["name"] = record.name;
   value["url"] = record.url;
   value["domain"] = record.domain;
   value["mainDomain"] = record.mainDomain;
-  value["lastVisit"] = record.lastVisit;
-  value["kind"] = SiteKindName(record);
+  AddTimes(record.lastVisit, &value);
   value["focus"] = record.focus;
   if (!record.fixedUrl.empty()) value["fixedUrl"] = record.fixedUrl;
   if (record.weight) value["weight"] = *record.weight;
@@ -72,42 +107,61 @@ Json::Value ToJson(const SiteRecord& record) {
   if (record.hide) value["hideState"] = HideStateName(record.hide);
   if (record.visitCount) value["visitCount"] = *record.visitCount;
   if (record.focusId) value["focusId"] = *record.focusId;
-  if (!record.subSites.empty()) value["subSites"] = ToJson(record.subSites);
+  if (!record.subSites.empty()) {
+    value["subSites"] = Json::Value(Json::arrayValue);
+    for (const SiteRecord& sub : record.subSites) value["subSites"].append(SiteJson(sub, SiteRowId(sub)));
+  }
   return value;
 }
 
-Json::Value ToJson(const UrlRecord& record) {
+Json::Value UrlJson(const UrlRecord& record, RowKind kind) {
   Json::Value value(Json::objectValue);
-  value["id"] = record.id;
+  value["id"] = RowId(kind, record.id);
+  value["componentId"] = record.id;
   value["name"] = record.name;
   value["url"] = record.url;
   if (!record.path.empty()) value["path"] = record.path;
-  if (!record.lastVisit.empty()) value["lastVisit"] = record.lastVisit;
+  AddTimes(record.lastVisit, &value);
   return value;
 }
 
-Json::Value ToJson(const DayGroup& group) {
-  Json::Value value(Json::objectValue);
-  value["label"] = group.label;
-  value["visits"] = ToJson(group.visits);
-  return value;
+}  // namespace
+
+std::string SiteRowId(const SiteRecord& record) {
+  const RowKind kind = SiteRowKind(record);
+  const uint32_t number = kind == RowKind::kPin && record.focusId ? *record.focusId : record.id;
+  return number == 0 ? std::string("-") : RowId(kind, number);
 }
 
-Json::Value ToJson(const std::vector<SiteRecord>& records) {
+Json::Value SitesJson(const std::vector<SiteRecord>& records) {
   Json::Value list(Json::arrayValue);
-  for (const SiteRecord& record : records) list.append(ToJson(record));
+  for (const SiteRecord& record : records) list.append(SiteJson(record, SiteRowId(record)));
   return list;
 }
 
-Json::Value ToJson(const std::vector<UrlRecord>& records) {
+Json::Value RecentJson(const std::vector<SiteRecord>& records) {
   Json::Value list(Json::arrayValue);
-  for (const UrlRecord& record : records) list.append(ToJson(record));
+  for (size_t i = 0; i < records.size(); ++i) {
+    list.append(SiteJson(records[i], RowId(RowKind::kRecent, static_cast<uint32_t>(i + 1))));
+  }
   return list;
 }
 
-Json::Value ToJson(const std::vector<DayGroup>& groups) {
+Json::Value UrlsJson(const std::vector<UrlRecord>& records, RowKind kind) {
   Json::Value list(Json::arrayValue);
-  for (const DayGroup& group : groups) list.append(ToJson(group));
+  for (const UrlRecord& record : records) list.append(UrlJson(record, kind));
+  return list;
+}
+
+Json::Value DaysJson(const std::vector<DayGroup>& groups) {
+  Json::Value list(Json::arrayValue);
+  for (const DayGroup& group : groups) {
+    Json::Value value(Json::objectValue);
+    value["label"] = group.label;
+    if (!group.visits.empty()) value["date"] = StampDate(group.visits.front().lastVisit);
+    value["visits"] = UrlsJson(group.visits, RowKind::kHistory);
+    list.append(value);
+  }
   return list;
 }
 
@@ -119,59 +173,72 @@ void PrintJson(const Json::Value& document, std::FILE* out) {
   std::fprintf(out, "%s\n", text.c_str());
 }
 
-void PrintSites(const std::vector<SiteRecord>& sites, std::FILE* out) {
+void PrintSites(const std::vector<SiteRecord>& sites, TableFormat format, std::FILE* out) {
   TextTable table({"ID", "KIND", "WEIGHT", "STATE", "NAME", "URL"});
   bool focusDone = false;
   for (const SiteRecord& site : sites) {
-    if (!site.focus && !focusDone && &site != &sites.front()) table.AddRow({"--", "", "", "", "", ""});
+    if (format == TableFormat::kText && !site.focus && !focusDone && &site != &sites.front()) {
+      table.AddRow({"--", "", "", "", "", ""});
+    }
     focusDone = focusDone || !site.focus;
-    std::string name = (site.focus ? "* " : "") + SiteLabel(site);
-    table.AddRow({std::to_string(site.id), SiteKindName(site), Number(site.weight), HideStateName(site.hide), name,
-                  site.url});
-    // A nested sub-site shows the ID of its host's row, which "hide site"
-    // takes; none when the database does not name one.
+    std::string name = (site.focus && format == TableFormat::kText ? "* " : "") + SiteLabel(site);
+    table.AddRow({SiteRowId(site), SiteKindName(site), Number(site.weight), HideStateName(site.hide), name, site.url});
+    // A nested part shows the ID of its host's ranked row; "-" when the
+    // database names none.
     for (const SiteRecord& sub : site.subSites) {
-      table.AddRow({sub.id == 0 ? "-" : std::to_string(sub.id), SiteKindName(sub), Number(sub.weight),
-                    HideStateName(sub.hide), "  \u2514 " + SiteLabel(sub), sub.url});
+      table.AddRow({SiteRowId(sub), SiteKindName(sub), Number(sub.weight), HideStateName(sub.hide),
+                    (format == TableFormat::kText ? "  \u2514 " : "") + SiteLabel(sub), sub.url});
     }
   }
-  table.Print(out);
-  if (sites.empty()) std::fprintf(out, "(no sites yet: run 'corvane update')\n");
+  table.Print(out, format);
 }
 
-void PrintRecent(const std::vector<SiteRecord>& sites, std::FILE* out) {
+void PrintRecent(const std::vector<SiteRecord>& sites, TableFormat format, std::FILE* out) {
   TextTable table({"ID", "WEIGHT", "LAST VISIT", "NAME", "URL"});
-  for (const SiteRecord& site : sites) {
-    table.AddRow({std::to_string(site.id), Number(site.weight), site.lastVisit, SiteLabel(site), site.url});
+  for (size_t i = 0; i < sites.size(); ++i) {
+    table.AddRow({RowId(RowKind::kRecent, static_cast<uint32_t>(i + 1)), Number(sites[i].weight),
+                  StampToIso(sites[i].lastVisit).substr(0, 16), SiteLabel(sites[i]), sites[i].url});
   }
-  table.Print(out);
+  table.Print(out, format);
 }
 
-void PrintDays(const std::vector<DayGroup>& days, std::FILE* out) {
+void PrintDays(const std::vector<DayGroup>& days, TableFormat format, std::FILE* out) {
+  if (format == TableFormat::kCsv) {
+    TextTable table({"ID", "DATE", "TIME", "NAME", "URL"});
+    for (const DayGroup& day : days) {
+      for (const UrlRecord& visit : day.visits) {
+        const std::string iso = StampToIso(visit.lastVisit);
+        table.AddRow({RowId(RowKind::kHistory, visit.id), iso.substr(0, 10), iso.substr(11, 8), visit.name, visit.url});
+      }
+    }
+    table.Print(out, format);
+    return;
+  }
   for (const DayGroup& day : days) {
     std::fprintf(out, "%s\n", day.label.c_str());
     TextTable table({"  ID", "TIME", "NAME", "URL"});
     for (const UrlRecord& visit : day.visits) {
       // The stamp is "YYYY.MM.DD w HH:MM:SS.mmm"; the day stands above.
       std::string time = visit.lastVisit.size() > 13 ? visit.lastVisit.substr(13, 8) : visit.lastVisit;
-      table.AddRow({"  " + std::to_string(visit.id), time, visit.name, visit.url});
+      table.AddRow({"  " + RowId(RowKind::kHistory, visit.id), time, visit.name, visit.url});
     }
     table.Print(out);
   }
   if (days.empty()) std::fprintf(out, "(no history)\n");
 }
 
-void PrintUrls(const std::vector<UrlRecord>& records, bool withPath, std::FILE* out) {
+void PrintUrls(const std::vector<UrlRecord>& records, RowKind kind, TableFormat format, std::FILE* out) {
+  const bool withPath = kind == RowKind::kFavorite;
   TextTable table(withPath ? std::vector<std::string>{"ID", "FOLDER", "NAME", "URL"}
                            : std::vector<std::string>{"ID", "NAME", "URL"});
   for (const UrlRecord& record : records) {
     if (withPath) {
-      table.AddRow({std::to_string(record.id), record.path, record.name, record.url});
+      table.AddRow({RowId(kind, record.id), record.path, record.name, record.url});
     } else {
-      table.AddRow({std::to_string(record.id), record.name, record.url});
+      table.AddRow({RowId(kind, record.id), record.name, record.url});
     }
   }
-  table.Print(out);
+  table.Print(out, format);
 }
 
 }  // namespace corvane::cli

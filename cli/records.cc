@@ -120,6 +120,7 @@ const char* SiteKindName(const SiteRecord& record) {
     case 1: return "site";
     case 2: return "subsite";
     case 3: return "part";
+    case kPinRecord: return "pin";
     default: return "recent";
   }
 }

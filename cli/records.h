@@ -28,7 +28,7 @@ struct SiteRecord {
   std::string fixedUrl;
   std::optional<uint32_t> weight;      // "Weight", or "Score" of a recent domain
   std::optional<uint32_t> hide;        // "Hide"; 0xFFFFFFFF is -1
-  std::optional<uint32_t> whiteList;   // record kind: 0 URL, 1 domain, 2 sub-domain, 3 sub-site
+  std::optional<uint32_t> whiteList;   // record kind: 0 URL, 1 domain, 2 sub-domain, 3 sub-site, 4 pin
   std::optional<uint32_t> visitCount;
   std::optional<uint32_t> focusId;
   bool focus = false;                  // came from the focus half of the listing
@@ -55,6 +55,9 @@ struct DayGroup {
 [[nodiscard]] HRESULT ReadSiteArray(IUnknown* lpArray, std::vector<SiteRecord>* lpOut);
 [[nodiscard]] HRESULT ReadUrlArray(IUnknown* lpArray, std::vector<UrlRecord>* lpOut);
 [[nodiscard]] HRESULT ReadDayGroups(IUnknown* lpArray, std::vector<DayGroup>* lpOut);
+
+// The kind the host gives a pin that the ranking does not hold.
+inline constexpr uint32_t kPinRecord = 4;
 
 // Kind names of the "WhiteList" values, as the hide command takes them.
 const char* SiteKindName(const SiteRecord& record);

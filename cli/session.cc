@@ -55,13 +55,15 @@ std::map<std::string, std::string> ReadNotes() {
 void ProviderSession::SayNewNotes() {
   std::map<std::string, std::string> now = ReadNotes();
   for (const auto& [key, note] : now) {
-    if (note != m_notes[key]) std::fprintf(stderr, "corvane: %s\n", note.substr(note.find('|') + 1).c_str());
+    if (note == m_notes[key]) continue;
+    std::fprintf(stderr, "corvane: %s\n", note.substr(note.find('|') + 1).c_str());
+    m_saidNotes.insert(key);
   }
   m_notes = std::move(now);
 }
 
 HRESULT ProviderSession::Fail(HRESULT hr, const std::string& what) {
-  m_error = what + " failed (" + HexStatus(hr) + ")";
+  m_error = what + ": " + StatusText(hr);
   return hr;
 }
 

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,9 @@ class ProviderSession {
   [[nodiscard]] HRESULT Hide(HideKind kind, const std::string& id, bool byUrl, bool untilRebuild);
 
   const std::string& Error() const { return m_error; }
+  // Whether this session printed the component's note of that key
+  // ("SettingsRefused", ...).
+  bool Said(const std::string& noteKey) const { return m_saidNotes.count(noteKey) != 0; }
 
  private:
   HRESULT Fail(HRESULT hr, const std::string& what);
@@ -66,6 +70,7 @@ class ProviderSession {
 
   ComRef<ICorvaneDataProviderObject> m_provider;
   std::map<std::string, std::string> m_notes;
+  std::set<std::string> m_saidNotes;
   std::string m_error;
   bool m_updated = false;
 };

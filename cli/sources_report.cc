@@ -1,8 +1,11 @@
 #include "cli/sources_report.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "cli/output.h"
 #include "corvane/VisitHarvest.h"
@@ -134,14 +137,38 @@ void PrintSourcesReport(const SourcesReport& report, std::FILE* out) {
   for (const std::string& problem : report.problems) std::fprintf(out, "Harvest.ini: %s: passed over\n", problem.c_str());
 }
 
+namespace {
+
+// The browser programs on the PATH, by the names their packages install.
+std::string InstalledPrograms() {
+  static const char* const kPrograms[] = {"google-chrome", "chromium", "brave-browser", "microsoft-edge", "vivaldi",
+                                          "opera", "firefox", "firefox-esr", "librewolf", "waterfox"};
+  const char* path = std::getenv("PATH");
+  std::string found;
+  for (const char* program : kPrograms) {
+    std::istringstream folders(path != nullptr ? path : "");
+    for (std::string folder; std::getline(folders, folder, ':');) {
+      if (folder.empty() || access((folder + "/" + program).c_str(), X_OK) != 0) continue;
+      found += (found.empty() ? "" : ", ") + std::string(program);
+      break;
+    }
+  }
+  return found;
+}
+
+}  // namespace
+
 std::string NothingFoundMessage(const SourcesReport& report) {
   const char* home = std::getenv("HOME");
   if (!report.emptyFolders.empty()) {
     return "a browser is installed (" + report.emptyFolders.front() + ") but has no profile with a history yet";
   }
-  return std::string("no browser profile found under ") + (home != nullptr ? home : "$HOME") +
-         ": looked for Chrome, Chromium, Brave, Edge, Vivaldi, Opera, Firefox, LibreWolf and Waterfox in ~/.config, "
-         "~/.mozilla, ~/.librewolf, ~/.waterfox, ~/snap and ~/.var/app";
+  std::string message = std::string("no browser profile found under ") + (home != nullptr ? home : "$HOME") +
+                        ": looked for Chrome, Chromium, Brave, Edge, Vivaldi, Opera, Firefox, LibreWolf and Waterfox "
+                        "in ~/.config, ~/.mozilla, ~/.librewolf, ~/.waterfox, ~/snap and ~/.var/app";
+  const std::string installed = InstalledPrograms();
+  if (!installed.empty()) message += "; installed but never started here: " + installed;
+  return message;
 }
 
 std::string LastReadText() {

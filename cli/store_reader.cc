@@ -75,4 +75,36 @@ std::map<std::string, int64_t> ReadDomainRowIds(const std::string& path, const s
   return ids;
 }
 
+HistorySummary ReadHistorySummary(const std::string& path) {
+  HistorySummary summary;
+  StoreReader reader;
+  if (!reader.Open(path)) return summary;
+  Statement stmt = reader.Query("select count(*), count(distinct VisitDate), min(VisitTime), max(VisitTime) from "
+                                "THistory where HideDate = 0", {});
+  if (!reader.Step(stmt.get())) return summary;
+  summary.visits = sqlite3_column_int64(stmt.get(), 0);
+  summary.days = sqlite3_column_int64(stmt.get(), 1);
+  summary.first = ColumnText(stmt.get(), 2);
+  summary.last = ColumnText(stmt.get(), 3);
+  return summary;
+}
+
+bool ReadSiteRows(const std::string& path, const std::string& mainDomain, SiteRows* lpRows, std::string* lpError) {
+  StoreReader reader;
+  if (!reader.Open(path)) {
+    *lpError = reader.Error();
+    return false;
+  }
+  const std::pair<const char*, std::vector<uint32_t>*> kTables[] = {
+      {"select rowid from TRecommendDomain where MainDomain = ? and Hide <= 0", &lpRows->hosts},
+      {"select rowid from TSubDomain where MainDomain = ? and Hide <= 0", &lpRows->subDomains},
+      {"select rowid from TRecommendURL where MainDomain = ? and Hide <= 0", &lpRows->pages}};
+  for (const auto& [sql, ids] : kTables) {
+    Statement stmt = reader.Query(sql, {mainDomain});
+    while (stmt && reader.Step(stmt.get())) ids->push_back(static_cast<uint32_t>(sqlite3_column_int64(stmt.get(), 0)));
+  }
+  *lpError = reader.Error();
+  return lpError->empty();
+}
+
 }  // namespace corvane::cli

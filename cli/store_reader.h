@@ -55,6 +55,27 @@ std::string ColumnText(sqlite3_stmt* stmt, int column);
 // that "hide site" takes. An empty map when the database cannot be read.
 std::map<std::string, int64_t> ReadDomainRowIds(const std::string& path, const std::vector<std::string>& hosts);
 
+// What the visible history holds: visits, days, and the first and last
+// visit stamps. Zeros when the database cannot be read.
+struct HistorySummary {
+  int64_t visits = 0;
+  int64_t days = 0;
+  std::string first;
+  std::string last;
+};
+HistorySummary ReadHistorySummary(const std::string& path);
+
+// The component's IDs of every ranked row of a main domain that is not
+// hidden: its hosts, its sub-domains that are sites of their own, and its
+// single pages. False with the reason when the database cannot be read.
+struct SiteRows {
+  std::vector<uint32_t> hosts;
+  std::vector<uint32_t> subDomains;
+  std::vector<uint32_t> pages;
+};
+[[nodiscard]] bool ReadSiteRows(const std::string& path, const std::string& mainDomain, SiteRows* lpRows,
+                                std::string* lpError);
+
 }  // namespace corvane::cli
 
 #endif  // CORVANE_CLI_STORE_READER_H_

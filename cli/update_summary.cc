@@ -31,8 +31,14 @@ Json::Value ReadUpdateSummary(ProviderSession& session, bool updated, double sec
 }
 
 void PrintUpdateSummary(const Json::Value& summary, std::FILE* out) {
-  std::fprintf(out, "%s in %.2f s\n", summary["updated"].asBool() ? "Updated" : "Already up to date today",
-               summary["seconds"].asDouble());
+  if (summary["updated"].asBool()) {
+    std::fprintf(out, "Updated in %.2f s\n", summary["seconds"].asDouble());
+  } else {
+    // The stamp is "YYYY.MM.DD w HH:MM:SS.mmm": the clock time is enough.
+    const std::string stamp = summary["LastUpdate"].asString();
+    std::fprintf(out, "Already up to date: updated today at %s; 'corvane update --force' reads the browser again\n",
+                 stamp.size() >= 18 ? stamp.substr(13, 5).c_str() : stamp.c_str());
+  }
   std::fprintf(out, "Browser read: %s\n", summary["ExtractBrowser"].asCString());
   std::string sources;
   for (const Json::Value& source : summary["sources"]) {

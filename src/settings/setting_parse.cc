@@ -129,7 +129,11 @@ HRESULT CSettingParse::SaveSetting(const char16_t* text, int32_t bForce) {
   SettingFields fields;
   HRESULT hr = SplitSettingText(stripped.c_str(), &fields.name, &fields.isDefault, &fields.score, &fields.setting,
                                 &fields.version);
-  if (FAILED(hr)) return hr;
+  if (FAILED(hr)) {
+    NoteFileProblem(kSettingsNoteKey, "the settings text was refused: it is not Name@..|Default@..|Ver@..|Score@..|"
+                                      "Setting@..; the settings in force stay");
+    return hr;
+  }
   std::u16string namedPath;
   if (!GetNamedPathBase(&namedPath)) return E_FAIL;
 

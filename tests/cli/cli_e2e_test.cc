@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 
 #include "cli/cli_runner.h"
 #include "corvane/VisitHarvest.h"
@@ -103,17 +104,18 @@ TEST_F(CliTest, UpdateReadsTheDefaultBrowserAndShowsTheCounters) {
   // The sample white list was put into the data folder before the update.
   EXPECT_TRUE(std::filesystem::exists(DataFolder() + "/WhiteList.js"));
   RunResult again = Run({"update"});
-  EXPECT_NE(again.out.find("Already up to date today"), std::string::npos) << again.out;
+  EXPECT_NE(again.out.find("Already up to date: updated today at 12:00; 'corvane update --force' reads the browser "
+                           "again"), std::string::npos) << again.out;
   EXPECT_NE(again.out.find("Browser read: Chrome"), std::string::npos);
   RunResult forced = Run({"update", "--force", "--settings", "Name@Mine|Default@true|Ver@1|Score@{0,21,50,1,130,2.0,7,"
                                                              "{10,2,7,7,1,15,15},{0,0,0,0,0,0,0,0}};|Setting@{7,{7,3}}"});
   EXPECT_EQ(forced.out.rfind("Updated", 0), 0u) << forced.out;
-  // A component that fails gives its status in hex.
+  // A component that fails gives its status in words and in hex.
   FakeFixture broken = SampleFixture();
   broken.failCreate = true;
   ASSERT_TRUE(broken.Write(m_dir.File("fixture.json")));
   std::filesystem::remove_all(DataFolder());
-  EXPECT_TRUE(FailsWithOneLine(Run({"update"}), 1, {"Initialize failed (0x80004005)"}));
+  EXPECT_TRUE(FailsWithOneLine(Run({"update"}), 1, {"Initialize: failed (0x80004005)"}));
 }
 
 // www.google.com and mail.google.com are both ranked; the main domain
@@ -135,45 +137,64 @@ TEST_F(CliTest, SitesListOneRecordPerWhiteListedMainDomain) {
   EXPECT_NE(text.out.find("www.google.com"), std::string::npos);
 }
 
-TEST_F(CliTest, PinnedMainDomainIsListedFirstWithItsFocusId) {
+// Every pin comes first under its own name, ranked or not; a pinned URL
+// pinned again is renamed; what is no address is refused.
+TEST_F(CliTest, PinsComeFirstUnderTheirOwnNames) {
   EXPECT_EQ(Fields(RunJson({"pin", "google.com", "My Google"}), {"action", "target", "status"}), "pinned | google.com | ok");
-  EXPECT_EQ(RunJson({"pin", "google.com", "My Google"})["action"].asString(), "already pinned");
   EXPECT_EQ(Run({"pin", "google.com", "My Google"}).out, "already pinned: google.com\n");
+  EXPECT_EQ(Run({"pin", "google.com", "Search"}).out, "renamed: google.com: Search\n");
+  ASSERT_EQ(Run({"pin", "https://www.rust-lang.org", "Rust"}).status, 0);
+  for (const char* bad : {"not a url", "http://", "ftp://example.org/", "https:///path", "javascript:alert(1)"}) {
+    EXPECT_TRUE(FailsWithOneLine(Run({"pin", bad, "X"}), 2, {"is no address to pin"})) << bad;
+  }
   Json::Value sites = RunJson({"sites"});
-  ASSERT_GT(sites.size(), 1u);
-  EXPECT_EQ(Fields(sites[0], {"mainDomain", "focus"}) + " | " + Fields(sites[1], {"focus"}), "google.com | true | false");
-  EXPECT_TRUE(sites[0].isMember("focusId"));
+  ASSERT_GT(sites.size(), 2u);
+  EXPECT_EQ(Fields(sites[0], {"kind", "mainDomain", "name", "focus"}), "site | google.com | Search | true");
+  EXPECT_EQ(Fields(sites[1], {"kind", "name", "url", "focus"}), "pin | Rust | https://www.rust-lang.org | true");
+  EXPECT_FALSE(sites[2]["focus"].asBool());
   Json::Value pins = RunJson({"pins"});
-  ASSERT_EQ(pins.size(), 1u);
-  EXPECT_EQ(pins[0]["name"].asString(), "My Google");
-  EXPECT_TRUE(FailsWithOneLine(Run({"unpin", "99"}), 1, {"no pinned site with ID 99"}));
+  ASSERT_EQ(pins.size(), 2u);
+  EXPECT_EQ(sites[1]["id"], pins[1]["id"]);
+  EXPECT_TRUE(FailsWithOneLine(Run({"unpin", "p99"}), 1, {"no pinned site with ID 99"}));
   EXPECT_TRUE(FailsWithOneLine(Run({"unpin", "nosuch.example"}), 1, {}));
-  EXPECT_EQ(RunJson({"unpin", std::to_string(pins[0]["id"].asUInt())})["action"].asString(), "unpinned");
-  EXPECT_EQ(RunJson({"pins"}).size(), 0u);
-  EXPECT_FALSE(RunJson({"sites"})[0]["focus"].asBool());
+  EXPECT_EQ(RunJson({"unpin", pins[1]["id"].asString()})["action"].asString(), "unpinned");
+  EXPECT_EQ(RunJson({"pins"}).size(), 1u);
 }
 
-TEST_F(CliTest, HideTakesTheKindsOfTheListingAndRefusesUnknownIds) {
-  Json::Value google = FindSite(RunJson({"sites"}), "site", "google.com");
+// Row IDs name one row across every listing. Hiding a site hides every row
+// of its main domain; until the next update they come back lowered, for
+// good they never come back.
+TEST_F(CliTest, HideTakesARowIdAndHidesAWholeSite) {
+  std::set<std::string> ids;
+  size_t rows = 0;
+  for (const char* list : {"sites", "history", "favorites"}) {
+    for (const Json::Value& row : RunJson({list, "-n", list[0] == 's' ? "100000" : "0"})) {
+      for (const Json::Value& one : row.isMember("visits") ? row["visits"] : Json::Value(Json::arrayValue).append(row)) {
+        ids.insert(one["id"].asString());
+        ++rows;
+      }
+    }
+  }
+  EXPECT_EQ(ids.size(), rows);
+  const Json::Value google = FindSite(RunJson({"sites"}), "site", "google.com");
   ASSERT_TRUE(google.isObject());
-  uint32_t rowId = google["id"].asUInt(), weight = google["weight"].asUInt();
-  std::string id = std::to_string(rowId);
-  EXPECT_EQ(Run({"hide", "subsite", id}).status, 1);  // a domain ID is no sub-domain's
-  EXPECT_EQ(Fields(RunJson({"hide", "site", id, "--until-rebuild"}), {"action", "target"}),
-            "hidden until the next rebuild | site " + id);
-  // The main domain's next host takes its place in the listing.
-  EXPECT_NE(FindSite(RunJson({"sites"}), "site", "google.com")["id"].asUInt(), rowId);
-  EXPECT_EQ(Run({"hide", "site", id}).status, 1);  // no longer visible
-  Json::Value row = RankedRow(RunJson({"explain", "www.google.com"}), rowId);
-  EXPECT_EQ(row["hideState"].asString(), "hidden until rebuild");
-  EXPECT_EQ(row["score"].asUInt(), static_cast<uint32_t>(weight * 0.7 + 0.5));
-  // After a rebuild the row is back, lowered.
+  const uint32_t weight = google["weight"].asUInt();
+  EXPECT_EQ(Fields(RunJson({"hide", google["id"].asString(), "--until-rebuild"}), {"action", "target"}),
+            "hidden until the next update | Google (google.com): 2 hosts, 0 sub-domains and 0 pages");
+  EXPECT_FALSE(FindSite(RunJson({"sites"}), "site", "google.com").isObject());
+  Json::Value row = RankedRow(RunJson({"explain", "www.google.com"}), google["componentId"].asUInt());
+  EXPECT_EQ(Fields(row, {"hideState", "score"}), "hidden until rebuild | " + std::to_string(static_cast<uint32_t>(weight * 0.7 + 0.5)));
   ASSERT_EQ(Run({"update", "--force"}).status, 0);
-  EXPECT_EQ(Fields(RankedRow(RunJson({"explain", "www.google.com"}), rowId), {"hide", "hideState"}), "-1 | lowered");
+  EXPECT_EQ(FindSite(RunJson({"sites"}), "site", "google.com")["hideState"].asString(), "lowered");
+  const std::string github = FindSite(RunJson({"sites"}), "site", "github.com")["id"].asString();
+  EXPECT_NE(Run({"hide", github}).out.find("the component has no way to show it again"), std::string::npos);
+  ASSERT_EQ(Run({"update", "--force"}).status, 0);
+  EXPECT_FALSE(FindSite(RunJson({"sites"}), "site", "github.com").isObject());
   const std::pair<std::vector<std::string>, int> kBad[] = {
-      {{"hide", "site", "999999"}, 1}, {{"hide", "url", "https://nowhere.example/"}, 1}, {{"hide", "planet", "1"}, 2},
-      {{"hide", "site", "1'; drop table THistory; --"}, 2}, {{"hide", "history", "1", "--until-rebuild"}, 2}};
-  for (const auto& [args, status] : kBad) EXPECT_TRUE(FailsWithOneLine(Run(args), status, {})) << args[2];
+      {{"hide", "s999999"}, 1}, {{"hide", github}, 1}, {{"hide", "planet", "1"}, 2}, {{"hide", "x1"}, 2},
+      {{"hide", "s1'; drop table THistory; --"}, 2}, {{"hide", "h1", "--until-rebuild"}, 2}, {{"hide", "p1"}, 2},
+      {{"hide", "r1"}, 2}};
+  for (const auto& [args, status] : kBad) EXPECT_TRUE(FailsWithOneLine(Run(args), status, {})) << args[1];
 }
 
 TEST_F(CliTest, HistoryIsGroupedUnderDayLabelsAndSearchable) {
@@ -190,25 +211,37 @@ TEST_F(CliTest, HistoryIsGroupedUnderDayLabelsAndSearchable) {
     for (const Json::Value& visit : day["visits"]) EXPECT_NE(visit["url"].asString().find("github"), std::string::npos);
   }
   EXPECT_EQ(RunJson({"history", "--search", "50%_'\""}).size(), 0u);
-  uint32_t id = days[0]["visits"][0]["id"].asUInt();
-  ASSERT_EQ(RunJson({"hide", "history", std::to_string(id)})["status"].asString(), "ok");
+  // Times as ISO 8601 beside the component's stamp; dates filter; CSV rows.
+  const Json::Value& newest = days[0]["visits"][0];
+  EXPECT_EQ(newest["lastVisit"].asString().substr(0, 10) + " " + newest["stamp"].asString().substr(0, 10),
+            "2024-03-07 2024.03.07");
+  EXPECT_EQ(newest["lastVisit"].asString().substr(23), "+00:00");
+  Json::Value dated = RunJson({"history", "-n", "0", "--since", "2024-03-05", "--until", "2024-03-06"});
+  EXPECT_EQ(Fields(dated[0], {"date"}) + " " + Fields(dated[1], {"date"}) + " " + std::to_string(dated.size()),
+            "2024-03-06 2024-03-05 2");
+  EXPECT_TRUE(FailsWithOneLine(Run({"history", "--since", "2024-02-30"}), 2, {"a date is YYYY-MM-DD"}));
+  const std::string csv = Run({"--csv", "history", "-n", "1"}).out;
+  EXPECT_EQ(csv.substr(0, csv.find("\r\n")), "ID,DATE,TIME,NAME,URL");
+  const std::string id = newest["id"].asString();
+  ASSERT_EQ(RunJson({"hide", id})["status"].asString(), "ok");
   Json::Value left = RunJson({"history", "-n", "0"});
   ASSERT_EQ(left[0]["visits"].size(), days[0]["visits"].size() - 1);
-  for (const Json::Value& visit : left[0]["visits"]) EXPECT_NE(visit["id"].asUInt(), id);
-  EXPECT_EQ(Run({"hide", "history", std::to_string(id)}).status, 1);
+  for (const Json::Value& visit : left[0]["visits"]) EXPECT_NE(visit["id"].asString(), id);
+  EXPECT_EQ(Run({"hide", id}).status, 1);
 }
 
 TEST_F(CliTest, FavoritesRecentAndValueAnswerThroughTheBoundary) {
   Json::Value favorites = RunJson({"favorites"});
   ASSERT_EQ(favorites.size(), 2u) << favorites.toStyledString();
   EXPECT_EQ(Fields(favorites[0], {"path"}) + " & " + Fields(favorites[1], {"path"}), "Bookmarks bar & Bookmarks bar/Work");
-  ASSERT_EQ(Run({"hide", "favorite", std::to_string(favorites[1]["id"].asUInt())}).status, 0);
+  ASSERT_EQ(Run({"hide", favorites[1]["id"].asString()}).status, 0);
   EXPECT_EQ(RunJson({"favorites"}).size(), 1u);
-  EXPECT_EQ(Run({"hide", "favorite", "77"}).status, 1);
+  EXPECT_EQ(Run({"hide", "f77"}).status, 1);
   Json::Value recent = RunJson({"recent", "-n", "5"});
   EXPECT_TRUE(recent.isArray() && recent.size() <= 5u);
   EXPECT_EQ(RunJson({"value", "ExtractBrowser"})["value"].asString(), "Chrome");
-  EXPECT_TRUE(FailsWithOneLine(Run({"value", "NoSuchKey"}), 1, {"0x80004005"}));
+  EXPECT_TRUE(FailsWithOneLine(Run({"value", "NoSuchKey"}), 1, {"no value for 'NoSuchKey'; its keys: ",
+                                                                  "LastUpdate", "ExtractBrowser"}));
 }
 
 // The word that is no command is named.
@@ -346,12 +379,10 @@ std::string Scalar(const std::string& path, const std::string& sql) {
 TEST_F(CliTest, DamagedDatabaseIsRebuiltWithThePersonsOwnRows) {
   ASSERT_EQ(Run({"update"}).status, 0);
   ASSERT_EQ(Run({"pin", "https://docs.example.net/", "Docs"}).status, 0);
-  const std::string visit = std::to_string(RunJson({"history", "-n", "1"})[0]["visits"][0]["id"].asUInt());
-  const std::string favorite = std::to_string(RunJson({"favorites"})[0]["id"].asUInt());
-  const std::string site = std::to_string(FindSite(RunJson({"sites"}), "site", "github.com")["id"].asUInt());
-  for (const std::vector<std::string>& hide : std::vector<std::vector<std::string>>{
-           {"hide", "history", visit}, {"hide", "favorite", favorite}, {"hide", "site", site}}) {
-    ASSERT_EQ(Run(hide).status, 0) << hide[1];
+  for (const std::string& id : {RunJson({"history", "-n", "1"})[0]["visits"][0]["id"].asString(),
+                                 RunJson({"favorites"})[0]["id"].asString(),
+                                 FindSite(RunJson({"sites"}), "site", "github.com")["id"].asString()}) {
+    ASSERT_EQ(Run({"hide", id}).status, 0) << id;
   }
   const auto state = [&] {
     std::string out;
@@ -411,7 +442,7 @@ TEST_F(CliTest, FullDiskAndReadOnlyDatabaseLoseNothing) {
   };
   const std::string before = state(), db = DataFolder() + "/CorvaneAppDB.db";
   const long half = static_cast<long>(std::filesystem::file_size(db) / 2);
-  EXPECT_TRUE(FailsWithOneLine(Run({"update", "--force"}, -1, half), 1, {"ForceUpdateData failed"}));
+  EXPECT_TRUE(FailsWithOneLine(Run({"update", "--force"}, -1, half), 1, {"ForceUpdateData: failed (0x80004005)"}));
   EXPECT_EQ(state(), before);
   EXPECT_EQ(Scalar(db, "pragma integrity_check"), "ok");
   if (geteuid() != 0) GTEST_SKIP() << "the read-only database is tried as another user, which only root can be";

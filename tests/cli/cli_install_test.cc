@@ -171,7 +171,7 @@ TEST_F(CliDemoTest, DemoRanksTheSampleProfilesSitesInTheOrderOfTheirDaysAndKeeps
     listed.push_back(days.at(site["mainDomain"].asString()));
     order += " " + site["mainDomain"].asString() + "=" + std::to_string(listed.back());
     for (const Json::Value& nested : site["subSites"]) {
-      EXPECT_TRUE(nested["kind"] == "part" && nested["id"].asUInt() > 1u) << nested.toStyledString();
+      EXPECT_TRUE(nested["kind"] == "part" && nested["componentId"].asUInt() > 1u) << nested.toStyledString();
       if (!sub.isObject()) sub = nested;
     }
   }
@@ -188,10 +188,10 @@ TEST_F(CliDemoTest, DemoRanksTheSampleProfilesSitesInTheOrderOfTheirDaysAndKeeps
   Json::Value facts = RunJson({"explain", sub["domain"].asString()});
   bool found = false;
   for (const Json::Value& row : facts["ranked"]) {
-    found = found || (row["table"].asString() == "TRecommendDomain" && row["id"].asUInt() == sub["id"].asUInt());
+    found = found || (row["table"].asString() == "TRecommendDomain" && row["rowId"] == sub["id"]);
   }
   EXPECT_TRUE(found) << facts.toStyledString();
-  EXPECT_EQ(Run({"hide", "site", sub["id"].asString()}).status, 0);
+  EXPECT_EQ(Run({"hide", sub["id"].asString()}).status, 0);
   EXPECT_TRUE(FailsWithOneLine(Run({"demo"}), 1, {m_data.File("CorvaneApp/CorvaneAppDB.db")}));
   EXPECT_NE(Run({"demo", "--help"}).out.find("holds no\ndatabase yet"), std::string::npos);
 }

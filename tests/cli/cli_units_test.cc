@@ -18,8 +18,10 @@
 #include "cli/ini_read.h"
 #include "cli/output.h"
 #include "cli/report_html.h"
+#include "cli/row_ids.h"
 #include "cli/rule_match.h"
 #include "cli/score_bands.h"
+#include "cli/time_text.h"
 #include "harvest/fixture/profile_fixture.h"
 #include "support/test_host.h"
 
@@ -197,6 +199,24 @@ TEST(DataFolderTest, FolderFollowsTheComponentsOrderOfVariablesAndIsMadeWithoutA
   std::filesystem::create_directory(folder + "/CorvaneAppDB.db");
   EXPECT_FALSE(PrepareDataFolder(&error, &open));
   EXPECT_EQ(error, "cannot write " + folder + "/CorvaneAppDB.db: Is a directory");
+}
+
+// Local stamps keep their wall-clock time and get the offset of that
+// instant: winter and summer time differ.
+TEST(TimeTextTest, StampsBecomeIsoTimesWithTheOffsetOfTheirInstant) {
+  test::ScopedEnv zone("TZ", "Europe/Berlin");
+  tzset();
+  EXPECT_EQ(StampToIso("2024.03.05 2 09:07:03.041"), "2024-03-05T09:07:03.041+01:00");
+  EXPECT_EQ(StampToIso("2024.07.05 5 23:59:59.999"), "2024-07-05T23:59:59.999+02:00");
+  for (const char* bad : {"", "2024.13.05 2 09:07:03.041", "2024.03.05 2 09:07:03", "2024.03.05 2 09:07:03.041x"}) {
+    EXPECT_EQ(StampToIso(bad), "") << bad;
+  }
+  EXPECT_TRUE(IsIsoDate("2024-02-29") && !IsIsoDate("2023-02-29") && !IsIsoDate("2024-2-01"));
+  RowKind kind = RowKind::kUrl;
+  uint32_t number = 0;
+  ASSERT_TRUE(ParseRowId("s4294967295", &kind, &number));
+  EXPECT_EQ(RowId(kind, number), "s4294967295");
+  for (const char* bad : {"S12", "s", "s-1", "s4294967296", "q1", "12", "s1 "}) EXPECT_FALSE(ParseRowId(bad, &kind, &number)) << bad;
 }
 
 TEST(IniReadTest, SectionsAndKeysIgnoreCaseAndValuesLoseBlanksAndQuotes) {

@@ -1,6 +1,9 @@
 // cmd_explain.cc: "explain URL|DOMAIN": why a site ranks where it does.
 
+#include <cstdarg>
 #include <cstdio>
+
+#include "cli/explain.h"
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -89,75 +92,96 @@ std::string DaysAgo(uint32_t day) {
   return std::to_string(day) + " days ago";
 }
 
+std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string Format(const char* format, ...) {
+  char text[1024];
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(text, sizeof(text), format, args);
+  va_end(args);
+  return text;
+}
+
 // One scored page in words, with the formula and its numbers.
-void PrintPage(const Json::Value& url, const ScoreModel& model) {
+void AddPageLines(const Json::Value& url, const ScoreModel& model, std::vector<std::string>* lpLines) {
   const uint32_t days = url["days"].asUInt(), visits = url["visits"].asUInt(), newest = url["newestDayIndex"].asUInt();
   const bool favorite = url["favorite"].asBool();
-  std::printf("  %s%s\n", url["url"].asCString(),
-              url["table"].asString() == "h2" ? "" : "  (only lately: a recent take-up, not yet ranked)");
-  std::printf("    used on %u %s, %u %s, last %s, %s\n", days, days == 1 ? "day" : "days", visits,
-              visits == 1 ? "visit" : "visits", DaysAgo(newest).c_str(), favorite ? "bookmarked" : "not bookmarked");
+  lpLines->push_back("  " + url["url"].asString() +
+                     (url["table"].asString() == "h2" ? "" : "  (only lately: a recent take-up, not yet ranked)"));
+  lpLines->push_back(Format("    used on %u %s, %u %s, last %s, %s", days, days == 1 ? "day" : "days", visits,
+                            visits == 1 ? "visit" : "visits", DaysAgo(newest).c_str(),
+                            favorite ? "bookmarked" : "not bookmarked"));
   const ScoreBand* first = model.RowFor(0);
   const ScoreBand* band = model.RowFor(newest);
   if (first == nullptr || band == nullptr) {
-    std::printf("    score %u\n", url["score"].asUInt());
+    lpLines->push_back(Format("    score %u", url["score"].asUInt()));
     return;
   }
-  std::printf("    score (%d x %u days + %d x %u visits) x %.1f for the last visit%s = %u", first->dayScore, days,
-              first->visitScore, visits, static_cast<double>(band->recencyWeight),
-              favorite ? (" x " + std::to_string(first->favoritePercent) + "% as a bookmark").c_str() : "",
-              model.Score(days, visits, newest, favorite));
-  if (model.Score(days, visits, newest, favorite) != url["score"].asUInt()) {
-    std::printf(" (the last update stored %u)", url["score"].asUInt());
-  }
-  std::printf("\n");
+  const uint32_t computed = model.Score(days, visits, newest, favorite);
+  std::string line = Format("    score (%d x %u days + %d x %u visits) x %.1f for the last visit%s = %u",
+                            first->dayScore, days, first->visitScore, visits, static_cast<double>(band->recencyWeight),
+                            favorite ? Format(" x %d%% as a bookmark", first->favoritePercent).c_str() : "", computed);
+  if (computed != url["score"].asUInt()) line += Format(" (the last update stored %u)", url["score"].asUInt());
+  lpLines->push_back(line);
 }
 
-void PrintFacts(const Json::Value& facts, const ScoreModel& model) {
+std::vector<std::string> ExplainLines(const Json::Value& facts, const ScoreModel& model) {
+  std::vector<std::string> lines;
   const std::string main = facts["mainDomain"].asString();
-  if (main.empty()) {
-    std::printf("%s: not in the analysed history\n", facts["domain"].asCString());
-  } else {
-    std::printf("%s, of the site %s\n", facts["domain"].asCString(), main.c_str());
-  }
+  lines.push_back(main.empty() ? facts["domain"].asString() + ": not in the analysed history"
+                               : facts["domain"].asString() + ", of the site " + main);
   const ScoreBand* first = model.RowFor(0);
-  if (first != nullptr) {
-    std::printf("How a page scores: %d points for each day it was used and %d for each visit, times a weight for "
-                "how recent its last visit is, times %d%% when it is bookmarked (settings: %s)\n",
-                first->dayScore, first->visitScore, first->favoritePercent, facts["settings"].asCString());
-  } else {
-    std::printf("How a page scores: Settings.ini holds no readable score rows\n");
-  }
-  if (facts["urls"].empty()) std::printf("No scored URL: the analysis has not seen it in its span.\n");
-  for (const Json::Value& url : facts["urls"]) PrintPage(url, model);
+  lines.push_back(first == nullptr ? std::string("How a page scores: Settings.ini holds no readable score rows")
+                                   : Format("How a page scores: %d points for each day it was used and %d for each "
+                                            "visit, times a weight for how recent its last visit is, times %d%% when "
+                                            "it is bookmarked (settings: %s)",
+                                            first->dayScore, first->visitScore, first->favoritePercent,
+                                            facts["settings"].asCString()));
+  if (facts["urls"].empty()) lines.push_back("No scored URL: the analysis has not seen it in its span.");
+  for (const Json::Value& url : facts["urls"]) AddPageLines(url, model, &lines);
   for (const Json::Value& row : facts["ranked"]) {
-    std::printf("Listed as %s (%s): weight %lld, %s\n", row["rowId"].asCString(), row["key"].asCString(),
-                static_cast<long long>(row["score"].asInt64()), row["hideState"].asCString());
+    lines.push_back(Format("Listed as %s (%s): weight %lld, %s", row["rowId"].asCString(), row["key"].asCString(),
+                           static_cast<long long>(row["score"].asInt64()), row["hideState"].asCString()));
   }
-  for (const Json::Value& group : facts["whiteList"]) std::printf("A site of the white list: %s\n", group.asCString());
+  for (const Json::Value& group : facts["whiteList"]) lines.push_back("A site of the white list: " + group.asString());
   for (const Json::Value& rule : facts["subDomainRules"]) {
-    std::printf("Each host like this one is a site of its own (rule %s)\n", rule.asCString());
+    lines.push_back("Each host like this one is a site of its own (rule " + rule.asString() + ")");
   }
-  if (facts["subDomainSite"].asBool()) std::printf("This host is a site of its own.\n");
-  if (facts["blackListed"].asBool()) std::printf("On the black list: never recommended.\n");
+  if (facts["subDomainSite"].asBool()) lines.push_back("This host is a site of its own.");
+  if (facts["blackListed"].asBool()) lines.push_back("On the black list: never recommended.");
+  return lines;
 }
 
-int RunExplain(const GlobalOptions& global, const std::string& target) {
+}  // namespace
+
+bool ExplainTarget(const std::string& target, Json::Value* lpFacts, std::vector<std::string>* lpLines,
+                   std::string* lpError) {
   std::string folder = DataFolderPath();
   std::string db = folder + "/" + kDatabaseFile;
   std::error_code error;
   if (folder.empty() || !std::filesystem::exists(db, error)) {
-    return Failure("no database in " + folder + ": run 'corvane update' first");
+    *lpError = "no database in " + folder + ": run 'corvane update' first";
+    return false;
   }
   ExplainFacts facts;
-  std::string message;
-  if (!ReadExplainFacts(db, target, &facts, &message)) return Failure(message);
+  if (!ReadExplainFacts(db, target, &facts, lpError)) return false;
   const ScoreModel model = LoadScoreModel(folder);
-  Json::Value document = FactsJson(facts, model);
+  *lpFacts = FactsJson(facts, model);
+  *lpLines = ExplainLines(*lpFacts, model);
+  return true;
+}
+
+namespace {
+
+int RunExplain(const GlobalOptions& global, const std::string& target) {
+  Json::Value facts;
+  std::vector<std::string> lines;
+  std::string error;
+  if (!ExplainTarget(target, &facts, &lines, &error)) return Failure(error);
   if (global.json) {
-    PrintJson(document, stdout);
+    PrintJson(facts, stdout);
   } else {
-    PrintFacts(document, model);
+    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
   }
   return kExitOk;
 }

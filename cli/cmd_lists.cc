@@ -8,6 +8,7 @@
 #include "cli/data_folder.h"
 #include "cli/options.h"
 #include "cli/output.h"
+#include "cli/row_actions.h"
 #include "cli/session.h"
 #include "cli/store_reader.h"
 #include "cli/time_text.h"
@@ -35,33 +36,6 @@ HRESULT OpenForListing(ProviderSession* lpSession) {
   return hr;
 }
 
-// Every pin first, in its order and under its own name: a pinned site that
-// the ranking holds is that record, any other pin a record of its own.
-void PutPinsFirst(const std::vector<UrlRecord>& pins, std::vector<SiteRecord>* lpSites) {
-  std::vector<SiteRecord> ordered;
-  for (const UrlRecord& pin : pins) {
-    SiteRecord record;
-    record.id = pin.id;
-    record.whiteList = kPinRecord;
-    record.url = pin.url;
-    for (auto site = lpSites->begin(); site != lpSites->end(); ++site) {
-      if (!site->focus || site->focusId != pin.id) continue;
-      record = std::move(*site);
-      lpSites->erase(site);
-      break;
-    }
-    record.name = pin.name;
-    record.focus = true;
-    record.focusId = pin.id;
-    ordered.push_back(std::move(record));
-  }
-  for (SiteRecord& site : *lpSites) {
-    site.focus = false;  // a focus record whose pin is gone is ranked like the rest
-    ordered.push_back(std::move(site));
-  }
-  *lpSites = std::move(ordered);
-}
-
 // What an empty ranking means: what the history holds, and what ranking
 // needs.
 void SayWhyNoSites() {
@@ -79,15 +53,9 @@ void SayWhyNoSites() {
 int RunSites(const GlobalOptions& global, const ListOptions& options) {
   ProviderSession session;
   std::vector<SiteRecord> sites;
-  std::vector<UrlRecord> pins;
   HRESULT hr = OpenForListing(&session);
-  if (SUCCEEDED(hr)) hr = session.ListSites(options.count, &sites);
-  if (SUCCEEDED(hr)) hr = session.ListPins(&pins);
+  if (SUCCEEDED(hr)) hr = ListSitesWithPins(session, options.count, &sites);
   if (FAILED(hr)) return ComponentFailure(session.Error());
-  PutPinsFirst(pins, &sites);
-  // The white-listed domains come all at once, whatever the count asked
-  // for; show the count the user asked for, pins included.
-  if (sites.size() > options.count) sites.resize(options.count);
   if (global.json) {
     PrintJson(SitesJson(sites), stdout);
   } else {

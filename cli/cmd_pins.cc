@@ -9,21 +9,18 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <regex>
 #include <string>
 
 #include "cli/data_folder.h"
 #include "cli/host_text.h"
 #include "cli/options.h"
 #include "cli/output.h"
+#include "cli/row_actions.h"
 #include "cli/session.h"
 #include "cli/store_reader.h"
 
 namespace corvane::cli {
 namespace {
-
-// Enough for every record the recommendation listing can hold.
-constexpr uint32_t kWholeListing = 1000000;
 
 struct PinOptions {
   std::string url;
@@ -51,35 +48,17 @@ int PrintDone(const GlobalOptions& global, const std::string& action, const std:
   return kExitOk;
 }
 
-// What may be pinned: an http or https URL with a host, a file URL, or a
-// bare main domain that pins the whole site.
-bool IsPinnable(const std::string& url) {
-  static const std::regex kWeb(R"(https?://[A-Za-z0-9]([A-Za-z0-9.-]*[A-Za-z0-9])?(:[0-9]{1,5})?([/?#]\S*)?)",
-                               std::regex::icase);
-  static const std::regex kFile(R"(file:///\S*)", std::regex::icase);
-  static const std::regex kDomain(R"([A-Za-z0-9]([A-Za-z0-9-]*[A-Za-z0-9])?(\.[A-Za-z0-9]([A-Za-z0-9-]*[A-Za-z0-9])?)+)");
-  return std::regex_match(url, kWeb) || std::regex_match(url, kFile) || std::regex_match(url, kDomain);
-}
-
 int RunPin(const GlobalOptions& global, const PinOptions& options) {
-  if (options.name.empty()) return UsageError("pin needs a name");
-  if (!IsPinnable(options.url)) {
-    return UsageError("'" + options.url + "' is no address to pin: give an http, https or file URL, or a domain "
-                      "such as example.com");
-  }
   ProviderSession session;
-  std::vector<UrlRecord> pins;
+  std::string action, error;
+  if (!IsPinnable(options.url) || options.name.empty()) {
+    static_cast<void>(PinUrl(session, options.url, options.name, &action, &error));
+    return UsageError(error);
+  }
   HRESULT hr = session.Open(std::string());
-  if (SUCCEEDED(hr)) hr = session.ListPins(&pins);
   if (FAILED(hr)) return ComponentFailure(session.Error());
-  auto pinned = std::find_if(pins.begin(), pins.end(), [&](const UrlRecord& pin) { return pin.url == options.url; });
-  if (pinned != pins.end() && pinned->name == options.name) return PrintDone(global, "already pinned", options.url);
-  // Pinned under another name: the pin is renamed (it comes back with a new
-  // ID, last among the pins).
-  if (pinned != pins.end()) hr = session.RemovePin(std::to_string(pinned->id), true);
-  if (SUCCEEDED(hr)) hr = session.AddPin(options.url, options.name);
-  if (FAILED(hr)) return ComponentFailure(session.Error());
-  return PrintDone(global, pinned != pins.end() ? "renamed" : "pinned", options.url, options.name);
+  if (FAILED(PinUrl(session, options.url, options.name, &action, &error))) return ComponentFailure(error);
+  return PrintDone(global, action, options.url, action == "already pinned" ? std::string() : options.name);
 }
 
 int RunUnpin(const GlobalOptions& global, std::string target) {
@@ -127,96 +106,25 @@ bool RowIdOfKind(const std::string& kindName, const std::string& number, std::st
   return false;
 }
 
-// A row of the sites listing, nested parts included; null when none has
-// the ID.
-const SiteRecord* FindSiteRow(const std::vector<SiteRecord>& sites, const std::string& rowId) {
-  for (const SiteRecord& site : sites) {
-    if (SiteRowId(site) == rowId) return &site;
-    for (const SiteRecord& sub : site.subSites) {
-      if (SiteRowId(sub) == rowId) return &sub;
-    }
-  }
-  return nullptr;
-}
-
-// Whether the history or the favourites list the row.
-HRESULT IsListedUrl(ProviderSession& session, RowKind kind, uint32_t number, bool* lpListed) {
-  if (kind == RowKind::kHistory) {
-    std::vector<DayGroup> days;
-    HRESULT hr = session.ListHistory(0, std::string(), &days);
-    for (const DayGroup& day : days) {
-      for (const UrlRecord& visit : day.visits) *lpListed = *lpListed || visit.id == number;
-    }
-    return hr;
-  }
-  std::vector<UrlRecord> favorites;
-  HRESULT hr = session.ListFavorites(0, &favorites);
-  for (const UrlRecord& favorite : favorites) *lpListed = *lpListed || favorite.id == number;
-  return hr;
-}
-
-// Hides every ranked row of the site's main domain: its hosts, its
-// sub-domains and its pages. What was hidden, in words.
-HRESULT HideWholeSite(ProviderSession& session, const SiteRecord& site, bool untilRebuild, std::string* lpWhat) {
-  SiteRows rows;
-  std::string error;
-  if (!ReadSiteRows(DataFolderPath() + "/" + kDatabaseFile, site.mainDomain, &rows, &error)) {
-    *lpWhat = error;
-    return E_FAIL;
-  }
-  HRESULT hr = S_OK;
-  for (uint32_t id : rows.hosts) hr = SUCCEEDED(hr) ? session.Hide(HideKind::kSite, std::to_string(id), false, untilRebuild) : hr;
-  for (uint32_t id : rows.subDomains) {
-    hr = SUCCEEDED(hr) ? session.Hide(HideKind::kSubSite, std::to_string(id), false, untilRebuild) : hr;
-  }
-  for (uint32_t id : rows.pages) hr = SUCCEEDED(hr) ? session.Hide(HideKind::kUrl, std::to_string(id), false, untilRebuild) : hr;
-  *lpWhat = site.name + " (" + site.mainDomain + "): " + std::to_string(rows.hosts.size()) + " hosts, " +
-            std::to_string(rows.subDomains.size()) + " sub-domains and " + std::to_string(rows.pages.size()) + " pages";
-  return hr;
-}
-
 int RunHide(const GlobalOptions& global, const HideOptions& options) {
   std::string rowId = options.target;
   if (!options.id.empty() && !RowIdOfKind(options.target, options.id, &rowId)) {
     return UsageError("unknown kind '" + options.target + "': give the row ID as listed, such as s12 or h40");
   }
+  ProviderSession session;
+  std::string what, error;
   RowKind kind = RowKind::kDomain;
   uint32_t number = 0;
-  if (!ParseRowId(rowId, &kind, &number)) {
-    return UsageError("'" + rowId + "' is no row ID: give the ID as 'sites', 'history' or 'favorites' list it");
+  // What the person gave wrongly is said before the component starts.
+  const bool wellFormed = ParseRowId(rowId, &kind, &number) && kind != RowKind::kPin && kind != RowKind::kRecent &&
+                          !(options.untilRebuild && (kind == RowKind::kHistory || kind == RowKind::kFavorite));
+  if (!wellFormed) {
+    static_cast<void>(HideRow(session, rowId, options.untilRebuild, &what, &error));
+    return UsageError(error);
   }
-  if (kind == RowKind::kPin) return UsageError("a pin is removed with 'corvane unpin " + rowId + "'");
-  if (kind == RowKind::kRecent) return UsageError("a recent row can't be hidden; hide its site as 'sites' lists it");
-  if (options.untilRebuild && (kind == RowKind::kHistory || kind == RowKind::kFavorite)) {
-    return UsageError("--until-rebuild applies to sites, sub-domains and pages only");
-  }
-  ProviderSession session;
   HRESULT hr = session.Open(std::string());
   if (FAILED(hr)) return ComponentFailure(session.Error());
-  const std::string id = std::to_string(number);
-  std::string what = rowId;
-  if (kind == RowKind::kHistory || kind == RowKind::kFavorite) {
-    bool listed = false;
-    hr = IsListedUrl(session, kind, number, &listed);
-    if (FAILED(hr)) return ComponentFailure(session.Error());
-    if (!listed) return Failure("no visible row " + rowId);
-    hr = session.Hide(kind == RowKind::kHistory ? HideKind::kHistory : HideKind::kFavorite, id, false, false);
-  } else {
-    std::vector<SiteRecord> sites;
-    hr = session.ListSites(kWholeListing, &sites);
-    if (FAILED(hr)) return ComponentFailure(session.Error());
-    const SiteRecord* row = FindSiteRow(sites, rowId);
-    if (row == nullptr) return Failure("no visible row " + rowId);
-    if (row->whiteList == 1u) {
-      hr = HideWholeSite(session, *row, options.untilRebuild, &what);
-    } else {
-      const HideKind hideKind = kind == RowKind::kUrl ? HideKind::kUrl
-                                : kind == RowKind::kSubDomain ? HideKind::kSubSite : HideKind::kSite;
-      hr = session.Hide(hideKind, id, false, options.untilRebuild);
-      what = rowId + " " + (row->name.empty() ? row->url : row->name);
-    }
-  }
-  if (FAILED(hr)) return ComponentFailure(session.Error().empty() ? what : session.Error());
+  if (FAILED(HideRow(session, rowId, options.untilRebuild, &what, &error))) return Failure(error);
   if (options.untilRebuild) {
     return PrintDone(global, "hidden until the next update", what, "it comes back then with a lowered weight");
   }

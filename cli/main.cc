@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <clocale>
 #include <cstdio>
 #include <string>
 
@@ -24,6 +25,8 @@ int main(int argc, char** argv) {
   using namespace corvane::cli;
   // Everything this host writes holds browsing history: the person's alone.
   umask(077);
+  // Dates shown to a person follow LC_TIME; nothing else of the locale.
+  std::setlocale(LC_TIME, "");
   CLI::App app("corvane: the sites you really use, from your browser history", "corvane");
   app.require_subcommand(1);
   app.fallthrough();

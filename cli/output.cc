@@ -193,11 +193,12 @@ void PrintSites(const std::vector<SiteRecord>& sites, TableFormat format, std::F
   table.Print(out, format);
 }
 
+// No ID column: the component gives every recent record the same ID, and
+// none can be hidden.
 void PrintRecent(const std::vector<SiteRecord>& sites, TableFormat format, std::FILE* out) {
-  TextTable table({"ID", "WEIGHT", "LAST VISIT", "NAME", "URL"});
-  for (size_t i = 0; i < sites.size(); ++i) {
-    table.AddRow({RowId(RowKind::kRecent, static_cast<uint32_t>(i + 1)), Number(sites[i].weight),
-                  StampToIso(sites[i].lastVisit).substr(0, 16), SiteLabel(sites[i]), sites[i].url});
+  TextTable table({"WEIGHT", "LAST VISIT", "NAME", "URL"});
+  for (const SiteRecord& site : sites) {
+    table.AddRow({Number(site.weight), StampForPeople(site.lastVisit), SiteLabel(site), site.url});
   }
   table.Print(out, format);
 }
@@ -214,8 +215,10 @@ void PrintDays(const std::vector<DayGroup>& days, TableFormat format, std::FILE*
     table.Print(out, format);
     return;
   }
+  const std::string today = TodayDate();
   for (const DayGroup& day : days) {
-    std::fprintf(out, "%s\n", day.label.c_str());
+    const std::string date = day.visits.empty() ? std::string() : StampDate(day.visits.front().lastVisit);
+    std::fprintf(out, "%s\n", DayHeading(date, today, day.label).c_str());
     TextTable table({"  ID", "TIME", "NAME", "URL"});
     for (const UrlRecord& visit : day.visits) {
       // The stamp is "YYYY.MM.DD w HH:MM:SS.mmm"; the day stands above.

@@ -6,6 +6,8 @@
 #include <iterator>
 #include <map>
 
+#include "cli/time_text.h"
+
 namespace corvane::cli {
 namespace {
 
@@ -122,7 +124,7 @@ std::string LinkTarget(const std::string& url) {
 std::string BuildReportHtml(const ReportData& data) {
   std::string html = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>corvane report</title><style>";
   html += kStyle;
-  html += "</style></head><body>\n<h1>Your sites</h1>\n<p>Made " + EscapeHtml(data.generated) + "</p>\n";
+  html += "</style></head><body>\n<h1>Your sites</h1>\n<p>Made " + EscapeHtml(StampForPeople(data.generated)) + "</p>\n";
   html += "<h2>Top sites</h2>\n<table><tr><th>Site</th><th>Domain</th><th>Weight</th><th>State</th></tr>\n";
   html += SiteRows(data.sites, true) + "</table>\n";
   html += "<h2>Recent sites</h2>\n<table><tr><th>Site</th><th>Domain</th><th>Weight</th></tr>\n";

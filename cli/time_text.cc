@@ -1,6 +1,9 @@
 #include "cli/time_text.h"
 
+#include <clocale>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 namespace corvane::cli {
@@ -60,6 +63,65 @@ bool IsIsoDate(const std::string& text) {
   const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   const int kDays[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   return day <= kDays[month - 1];
+}
+
+namespace {
+
+bool DateParts(const std::string& date, struct tm* lpTime) {
+  int year = 0, month = 0, day = 0;
+  if (std::sscanf(date.c_str(), "%4d-%2d-%2d", &year, &month, &day) != 3) return false;
+  *lpTime = tm{};
+  lpTime->tm_year = year - 1900;
+  lpTime->tm_mon = month - 1;
+  lpTime->tm_mday = day;
+  lpTime->tm_hour = 12;
+  lpTime->tm_isdst = -1;
+  return mktime(lpTime) != static_cast<time_t>(-1);
+}
+
+std::string Strftime(const char* format, const struct tm& time) {
+  char text[128];
+  const size_t size = std::strftime(text, sizeof(text), format, &time);
+  return std::string(text, size);
+}
+
+}  // namespace
+
+std::string StampForPeople(const std::string& stamp) {
+  StampParts p{};
+  if (!ParseStamp(stamp, &p)) return stamp;
+  struct tm local {};
+  local.tm_year = p.year - 1900;
+  local.tm_mon = p.month - 1;
+  local.tm_mday = p.day;
+  local.tm_hour = p.hour;
+  local.tm_min = p.minute;
+  local.tm_sec = p.second;
+  local.tm_isdst = -1;
+  if (mktime(&local) == static_cast<time_t>(-1)) return stamp;
+  return Strftime("%c", local);
+}
+
+std::string DayHeading(const std::string& date, const std::string& today, const std::string& componentLabel) {
+  const char* locale = std::setlocale(LC_TIME, nullptr);
+  if (locale != nullptr && std::string(locale).rfind("zh", 0) == 0) return componentLabel;
+  struct tm day {}, now {};
+  if (!DateParts(date, &day) || !DateParts(today, &now)) return componentLabel;
+  std::string written = Strftime("%A %e %B %Y", day);
+  for (size_t twice = written.find("  "); twice != std::string::npos; twice = written.find("  ")) written.erase(twice, 1);
+  const double apart = std::difftime(std::mktime(&now), std::mktime(&day)) / 86400.0;
+  if (apart > -0.5 && apart < 0.5) return "Today, " + written;
+  if (apart > 0.5 && apart < 1.5) return "Yesterday, " + written;
+  return written;
+}
+
+std::string TodayDate() {
+  const char* fixed = std::getenv("CORVANE_TEST_NOW");
+  if (fixed != nullptr && std::strlen(fixed) >= 10) return std::string(fixed, 10);
+  const time_t now = std::time(nullptr);
+  struct tm local {};
+  localtime_r(&now, &local);
+  return Strftime("%Y-%m-%d", local);
 }
 
 }  // namespace corvane::cli

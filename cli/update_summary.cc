@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/sources_report.h"
+#include "cli/time_text.h"
 
 namespace corvane::cli {
 namespace {
@@ -45,7 +46,7 @@ void PrintUpdateSummary(const Json::Value& summary, std::FILE* out) {
     sources += (sources.empty() ? "" : ", ") + source["name"].asString() + " (" + source["visits"].asString() + ")";
   }
   if (!sources.empty()) std::fprintf(out, "Profiles read: %s\n", sources.c_str());
-  std::fprintf(out, "Last update:  %s\n", summary["LastUpdate"].asCString());
+  std::fprintf(out, "Last update:  %s\n", StampForPeople(summary["LastUpdate"].asString()).c_str());
   const Json::Value& counters = summary["counters"];
   for (const std::string& key : counters.getMemberNames()) {
     std::fprintf(out, "  %-16s %s\n", key.c_str(), counters[key].asCString());

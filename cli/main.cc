@@ -42,6 +42,8 @@ int main(int argc, char** argv) {
   AddReportCommand(app, global, &table);
   AddDemoCommand(app, global, &table);
   AddBrowsersCommand(app, global, &table);
+  AddServeCommand(app, global, &table);
+  AddScheduleCommand(app, global, &table);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& help) {

@@ -53,6 +53,8 @@ void AddExplainCommand(CLI::App& app, const GlobalOptions& global, CommandTable*
 void AddReportCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 void AddDemoCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 void AddBrowsersCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
+void AddServeCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
+void AddScheduleCommand(CLI::App& app, const GlobalOptions& global, CommandTable* lpTable);
 
 }  // namespace corvane::cli
 

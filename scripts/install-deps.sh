@@ -6,7 +6,7 @@
 set -euo pipefail
 
 packages=(g++ cmake make libsqlite3-dev libjsoncpp-dev libacl1-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libcli11-dev sqlite3 acl)
+          libbenchmark-dev libcli11-dev libcpp-httplib-dev pkg-config sqlite3 acl)
 if [ "${1:-}" = "--test" ]; then
   packages+=(chromium firefox-esr)
 fi

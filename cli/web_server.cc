@@ -144,7 +144,12 @@ void StartPageServer::State::Action(const httplib::Request& request, httplib::Re
 
 void StartPageServer::State::Routes() {
   server.set_payload_max_length(kMaxBody);
-  server.new_task_queue = [] { return new httplib::ThreadPool(2); };
+  // A browser keeps several connections open; each holds a thread while it
+  // is kept alive, so a pool of a few threads and a short keep-alive keep a
+  // new request from waiting for an idle connection to time out. The
+  // session lock lets one request at a time reach the component.
+  server.new_task_queue = [] { return new httplib::ThreadPool(8); };
+  server.set_keep_alive_timeout(1);
   server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     return Guard(request, response) ? httplib::Server::HandlerResponse::Unhandled
                                     : httplib::Server::HandlerResponse::Handled;

@@ -60,11 +60,12 @@ std::string_view StripQuotes(std::string_view value) {
   return value;
 }
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // A line ends at "\n", "\r\n" or a lone "\r", so that files written on any
 // system read alike. A UTF-8 byte-order mark at the start is no part of the
 // first line.
 std::vector<std::string> SplitLines(std::string_view content) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) content.remove_prefix(kByteOrderMark.size());
   std::vector<std::string> lines;
   size_t begin = 0;
@@ -82,7 +83,7 @@ std::vector<std::string> SplitLines(std::string_view content) {
 // The lines of the file. A missing file has none; false when the file is
 // there but can't be read (a write must then leave it alone rather than
 // replace it with a file that holds only the new key).
-bool ReadLines(std::u16string_view path, std::vector<std::string>* lpLines) {
+bool ReadLines(std::u16string_view path, std::vector<std::string>* lpLines, bool* lpHadMark = nullptr) {
   lpLines->clear();
   std::string target = ToFsPath(path).string();
   int fd = open(target.c_str(), O_RDONLY | O_CLOEXEC);
@@ -97,6 +98,7 @@ bool ReadLines(std::u16string_view path, std::vector<std::string>* lpLines) {
   }
   close(fd);
   if (got < 0) return false;
+  if (lpHadMark != nullptr) *lpHadMark = content.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0;
   *lpLines = SplitLines(content);
   return true;
 }
@@ -153,12 +155,15 @@ bool WriteAll(int fd, const std::string& content) {
   return true;
 }
 
-bool WriteFileAtomically(std::u16string_view path, const std::vector<std::string>& lines) {
+// A file that began with a byte-order mark keeps it: without it a second
+// mark behind the first would start the first line, and change what it
+// says.
+bool WriteFileAtomically(std::u16string_view path, const std::vector<std::string>& lines, bool withMark) {
   std::string target = ToFsPath(path).string();
   std::string temporary;
   int fd = CreateTemporaryBeside(target, &temporary);
   if (fd < 0) return false;
-  std::string content;
+  std::string content(withMark ? kByteOrderMark : std::string_view());
   for (const std::string& line : lines) content.append(line).append("\n");
   bool ok = WriteAll(fd, content);
   ok = (fsync(fd) == 0) && ok;
@@ -200,7 +205,8 @@ std::u16string ReadProfileString(std::u16string_view path, std::u16string_view s
 bool WriteProfileString(std::u16string_view path, std::u16string_view section, std::u16string_view key,
                         const std::u16string* value) {
   std::vector<std::string> lines;
-  if (!ReadLines(path, &lines)) return false;
+  bool hadMark = false;
+  if (!ReadLines(path, &lines, &hadMark)) return false;
   std::string sectionName = ToUtf8(section);
   std::string keyName = ToUtf8(key);
   KeyPosition position = FindKey(lines, sectionName, keyName);
@@ -211,7 +217,7 @@ bool WriteProfileString(std::u16string_view path, std::u16string_view section, s
     for (auto line = position.keyLines.rbegin(); line != position.keyLines.rend(); ++line) {
       lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(*line));
     }
-    return WriteFileAtomically(path, lines);
+    return WriteFileAtomically(path, lines, hadMark);
   }
   std::string line = keyName + "=" + OneLine(*value);
   if (!position.keyLines.empty()) {
@@ -222,7 +228,7 @@ bool WriteProfileString(std::u16string_view path, std::u16string_view section, s
     lines.push_back("[" + sectionName + "]");
     lines.push_back(line);
   }
-  return WriteFileAtomically(path, lines);
+  return WriteFileAtomically(path, lines, hadMark);
 }
 
 }  // namespace corvane

@@ -108,7 +108,9 @@ TEST_F(IniFileTest, GarbageLinesAreKeptAndOtherKeysStillRead) {
 TEST_F(IniFileTest, ByteOrderMarkAndEveryKindOfLineEndRead) {
   for (const std::string content : {"\xEF\xBB\xBF[DBConfig]\nA=1\nB=2\n", "\xEF\xBB\xBF[DBConfig]\r\nA=1\r\nB=2\r\n",
                                     "[DBConfig]\rA=1\rB=2\r", "\xEF\xBB\xBF[DBConfig]\rA=1\rB=2",
-                                    "[Other]\r\nA=9\r[DBConfig]\nA=1\r\n\rB=2"}) {
+                                    "[Other]\r\nA=9\r[DBConfig]\nA=1\r\n\rB=2",
+                                    // A second mark makes its line no header: a write must keep the first.
+                                    "\xEF\xBB\xBF\xEF\xBB\xBF[DBConfig]\n[DBConfig]\nA=1\nB=2\n"}) {
     SCOPED_TRACE(content);
     WriteRaw(content);
     EXPECT_EQ(Read(u"A") + Read(u"B"), u"12");

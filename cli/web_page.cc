@@ -43,11 +43,13 @@ h2 { font-size: 13px; font-weight: 600; text-transform: uppercase; letter-spacin
 .name { font-size: 13px; width: 100%; overflow: hidden; text-overflow: ellipsis; white-space: nowrap; }
 .parts { font-size: 11px; color: var(--muted); width: 100%; overflow: hidden; text-overflow: ellipsis; white-space: nowrap; }
 .pinned::after { content: "\1F4CC"; position: absolute; top: 6px; left: 8px; font-size: 12px; }
-.actions { display: flex; justify-content: center; gap: 4px; margin-top: 8px; opacity: .35; transition: opacity .15s; }
+.actions { display: flex; flex-wrap: wrap; justify-content: center; gap: 3px; margin-top: 8px; opacity: .35;
+           transition: opacity .15s; }
 .tile:hover .actions, .tile:focus-within .actions { opacity: 1; }
 @media (hover: none) { .actions { opacity: 1; } }
-.actions button { border: 0; background: var(--accent-soft); color: var(--text); border-radius: 8px; padding: 3px 7px;
-                  font-size: 12px; cursor: pointer; }
+.actions button { border: 0; background: var(--accent-soft); color: var(--text); border-radius: 8px; padding: 3px 6px;
+                  font-size: 11.5px; cursor: pointer; }
+@media (max-width: 480px) { .actions button { padding: 2px 4px; font-size: 11px; } }
 .actions button:hover { background: var(--accent); color: #fff; }
 .columns { display: grid; grid-template-columns: 1fr 1fr; gap: 24px; }
 @media (max-width: 760px) { .columns { grid-template-columns: 1fr; } main { padding: 18px 12px 32px; } }

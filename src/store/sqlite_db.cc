@@ -49,23 +49,27 @@ const CSqliteException& LastSqliteError() { return LastError(); }
 
 namespace {
 
-// Steps that failed on this thread; a listing compares the count before and
-// after, so that rows read up to an error are never handed out as a whole.
-thread_local uint64_t t_stepFailures = 0;
+// Steps that failed in the process; a listing compares the count before
+// and after, so that rows read up to an error are never handed out as a
+// whole. Process-wide rather than per thread: the library is loaded and
+// unloaded with dlopen, and thread-local storage of an unloaded library
+// outlives it in the threads that used it. A failure on another thread at
+// the same time fails the listing too, which errs on the safe side.
+std::atomic<uint64_t> s_stepFailures{0};
 // Errors of the whole process that said a file is damaged.
 std::atomic<uint64_t> s_damageCount{0};
 
 // A step that stopped on an error, not at a row or at the end.
 void NoteStepFailure(int rc) {
   if (rc == SQLITE_ROW || rc == SQLITE_DONE) return;
-  ++t_stepFailures;
+  ++s_stepFailures;
 }
 
 }  // namespace
 
 bool IsDamageCode(int rc) { return (rc & 0xff) == SQLITE_CORRUPT || (rc & 0xff) == SQLITE_NOTADB; }
 
-uint64_t StepFailureCount() { return t_stepFailures; }
+uint64_t StepFailureCount() { return s_stepFailures.load(); }
 
 uint64_t DamageCount() { return s_damageCount.load(); }
 

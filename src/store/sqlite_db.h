@@ -122,7 +122,7 @@ void RecordSqliteError(int32_t code, const char* message);
 // damaged, not merely busy or full.
 bool IsDamageCode(int rc);
 
-// How many steps of this thread stopped on an error (a damaged page, a
+// How many steps of the process stopped on an error (a damaged page, a
 // failed read, a full disk) instead of at a row or at the end.
 uint64_t StepFailureCount();
 
@@ -130,7 +130,7 @@ uint64_t StepFailureCount();
 // damaged.
 uint64_t DamageCount();
 
-// Watches one listing or update: Failed() when a step of this thread failed
+// Watches one listing or update: Failed() when a step failed
 // or any statement met a damaged file after the watch began, so that a list
 // cut short by an error is no answer; Damaged() for the latter alone.
 class CStorageWatch {

@@ -77,10 +77,12 @@ TEST(CliInstallTest, InstallsLibrariesHeadersHostWhiteListAndPackages) {
   const std::map<std::string, std::string> env = {{"PKG_CONFIG_PATH", (lib / "pkgconfig").string()},
                                                   {"CMAKE_PREFIX_PATH", prefix.Path()},
                                                   {"CORVANE_APPDATA", prefix.File("hostdata")}};
-  for (const std::string& build : {built + "c++ -std=c++17 host.cc -o host-pc $(pkg-config --cflags --libs corvane) "
-                                           "-Wl,-rpath,$(pkg-config --variable=libdir corvane) && ./host-pc",
-                                   built + "cmake -S . -B cm -DCMAKE_BUILD_TYPE=Release > cm.log && "
-                                           "cmake --build cm > cm.log && cm/host"}) {
+  // A sanitized component needs its runtime first in the host too.
+  const std::string flags = CORVANE_HOST_FLAGS;
+  for (const std::string& build : {built + "c++ -std=c++17 " + flags + " host.cc -o host-pc $(pkg-config --cflags "
+                                           "--libs corvane) -Wl,-rpath,$(pkg-config --variable=libdir corvane) && ./host-pc",
+                                   built + "cmake -S . -B cm -DCMAKE_BUILD_TYPE=Release '-DCMAKE_CXX_FLAGS=" + flags +
+                                           "' > cm.log && cmake --build cm > cm.log && cm/host"}) {
     RunResult host = RunBinary("/bin/sh", {"-c", build}, env);
     EXPECT_EQ(host.status, 0) << build << "\n" << host.err << ReadFile(prefix.File("cm.log"));
     EXPECT_EQ(host.out, "provider created; Missing: 0x80004005\n") << build;

@@ -22,22 +22,26 @@ bool ParseStamp(const std::string& stamp, StampParts* lpParts) {
          p.day <= 31 && p.hour < 24 && p.minute < 60 && p.second < 61;
 }
 
+// The local time of the stamp, its zone offset worked out; a time in the
+// hour that a change to summer time skips is taken as the zone takes it.
+bool LocalTimeOf(const StampParts& p, struct tm* lpLocal) {
+  *lpLocal = tm{};
+  lpLocal->tm_year = p.year - 1900;
+  lpLocal->tm_mon = p.month - 1;
+  lpLocal->tm_mday = p.day;
+  lpLocal->tm_hour = p.hour;
+  lpLocal->tm_min = p.minute;
+  lpLocal->tm_sec = p.second;
+  lpLocal->tm_isdst = -1;
+  return mktime(lpLocal) != static_cast<time_t>(-1);
+}
+
 }  // namespace
 
 std::string StampToIso(const std::string& stamp) {
   StampParts p{};
-  if (!ParseStamp(stamp, &p)) return std::string();
-  // The offset is the local zone's at that instant; a time in the hour
-  // that a change to summer time skips is taken as the zone takes it.
   struct tm local {};
-  local.tm_year = p.year - 1900;
-  local.tm_mon = p.month - 1;
-  local.tm_mday = p.day;
-  local.tm_hour = p.hour;
-  local.tm_min = p.minute;
-  local.tm_sec = p.second;
-  local.tm_isdst = -1;
-  if (mktime(&local) == static_cast<time_t>(-1)) return std::string();
+  if (!ParseStamp(stamp, &p) || !LocalTimeOf(p, &local)) return std::string();
   const long offset = local.tm_gmtoff / 60;
   char text[48];
   std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02d.%03d%c%02ld:%02ld", p.year, p.month, p.day, p.hour,
@@ -89,16 +93,8 @@ std::string Strftime(const char* format, const struct tm& time) {
 
 std::string StampForPeople(const std::string& stamp) {
   StampParts p{};
-  if (!ParseStamp(stamp, &p)) return stamp;
   struct tm local {};
-  local.tm_year = p.year - 1900;
-  local.tm_mon = p.month - 1;
-  local.tm_mday = p.day;
-  local.tm_hour = p.hour;
-  local.tm_min = p.minute;
-  local.tm_sec = p.second;
-  local.tm_isdst = -1;
-  if (mktime(&local) == static_cast<time_t>(-1)) return stamp;
+  if (!ParseStamp(stamp, &p) || !LocalTimeOf(p, &local)) return stamp;
   return Strftime("%c", local);
 }
 

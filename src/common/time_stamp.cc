@@ -197,4 +197,12 @@ uint64_t LocalTimeNumberNow() {
 
 uint32_t LocalDayNumberToday() { return DayNumber(LocalTimeNumberNow()); }
 
+std::u16string StampOfNow() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::u16string stamp;
+  FormatVisitStamp(now, &stamp);
+  return stamp;
+}
+
 }  // namespace corvane

@@ -38,6 +38,9 @@ inline constexpr uint64_t kTimeUnitsPerDay = 864000000000ULL;
 // The visit stamp of a record, with the record's own wDayOfWeek.
 void FormatVisitStamp(const SYSTEMTIME& time, std::u16string* out);
 
+// The stamp of the local time now (GetLocalTime).
+std::u16string StampOfNow();
+
 // Reads a stamp the way "%hd.%hd.%hd %hd %hd:%hd:%hd.%hd" scans it (fields
 // without leading zeros are accepted, text behind the milliseconds is
 // ignored, the weekday digit is not checked). True when all eight fields

@@ -28,11 +28,7 @@ void NoteFileProblem(std::u16string_view key, const std::string& sentence) {
   DebugLog("%s\r\n", sentence.c_str());
   std::u16string folder;
   if (!GetDataFolder(&folder)) return;
-  SYSTEMTIME now{};
-  GetLocalTime(&now);
-  std::u16string value;
-  FormatVisitStamp(now, &value);
-  value += u"|" + FromUtf8(sentence);
+  const std::u16string value = StampOfNow() + u"|" + FromUtf8(sentence);
   static_cast<void>(WriteProfileString(PathJoin(folder, kConfigFileName), kConfigSection, key, &value));
 }
 

@@ -15,20 +15,13 @@ constexpr char16_t kLastUpdateBK[] = u"LastUpdateBK";
 // The date part of a visit stamp: "2014.03.05".
 constexpr size_t kStampDateChars = 10;
 
-std::u16string StampNow() {
-  SYSTEMTIME now{};
-  GetLocalTime(&now);
-  std::u16string stamp;
-  FormatVisitStamp(now, &stamp);
-  return stamp;
-}
 
 }  // namespace
 
 HRESULT CCorvaneDataProviderObject::LoadWhiteList() { return LoadWhiteListFile(&m_db); }
 
 HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
-  std::u16string begin = StampNow();
+  std::u16string begin = StampOfNow();
   std::u16string lastUpdate;
   static_cast<void>(m_db.GetConfig(kLastUpdate, &lastUpdate, u""));
   // The gate: any difference of the date, forward or backward, opens it.
@@ -53,7 +46,7 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
     return E_FAIL;
   }
   if (began) static_cast<void>(m_db.EndTransaction());
-  std::u16string end = StampNow();
+  std::u16string end = StampOfNow();
   if (FAILED(hr)) return E_FAIL;
   if (FAILED(m_db.SetConfig(kLastUpdate, end))) return E_FAIL;
   if (!lastUpdate.empty()) static_cast<void>(m_db.SetConfig(kLastUpdateBK, lastUpdate));

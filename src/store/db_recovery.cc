@@ -156,13 +156,6 @@ class FolderLock {
 
 std::string BaseName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-std::u16string StampNow() {
-  SYSTEMTIME now{};
-  GetLocalTime(&now);
-  std::u16string stamp;
-  FormatVisitStamp(now, &stamp);
-  return stamp;
-}
 
 }  // namespace
 
@@ -211,7 +204,7 @@ HRESULT CCorvaneDB::RecoverDamagedFile(std::u16string_view path) {
                 "%s was damaged: set aside as %s and rebuilt; saved %d pins, %d hide marks and %d IE history rows",
                 BaseName(file).c_str(), BaseName(corrupt).c_str(), counts.pins, counts.marks, counts.ieRows);
   DebugLog("%s\r\n", line);
-  static_cast<void>(SetConfig(kRecoveredKey, StampNow() + u"|" + FromUtf8(line)));
+  static_cast<void>(SetConfig(kRecoveredKey, StampOfNow() + u"|" + FromUtf8(line)));
   return S_OK;
 }
 

@@ -49,12 +49,9 @@ int PrintDone(const GlobalOptions& global, const std::string& action, const std:
 }
 
 int RunPin(const GlobalOptions& global, const PinOptions& options) {
-  ProviderSession session;
   std::string action, error;
-  if (!IsPinnable(options.url) || options.name.empty()) {
-    static_cast<void>(PinUrl(session, options.url, options.name, &action, &error));
-    return UsageError(error);
-  }
+  if (!CheckPin(options.url, options.name, &error)) return UsageError(error);
+  ProviderSession session;
   HRESULT hr = session.Open(std::string());
   if (FAILED(hr)) return ComponentFailure(session.Error());
   if (FAILED(PinUrl(session, options.url, options.name, &action, &error))) return ComponentFailure(error);
@@ -111,17 +108,10 @@ int RunHide(const GlobalOptions& global, const HideOptions& options) {
   if (!options.id.empty() && !RowIdOfKind(options.target, options.id, &rowId)) {
     return UsageError("unknown kind '" + options.target + "': give the row ID as listed, such as s12 or h40");
   }
-  ProviderSession session;
   std::string what, error;
-  RowKind kind = RowKind::kDomain;
-  uint32_t number = 0;
   // What the person gave wrongly is said before the component starts.
-  const bool wellFormed = ParseRowId(rowId, &kind, &number) && kind != RowKind::kPin && kind != RowKind::kRecent &&
-                          !(options.untilRebuild && (kind == RowKind::kHistory || kind == RowKind::kFavorite));
-  if (!wellFormed) {
-    static_cast<void>(HideRow(session, rowId, options.untilRebuild, &what, &error));
-    return UsageError(error);
-  }
+  if (!CheckHideTarget(rowId, options.untilRebuild, &error)) return UsageError(error);
+  ProviderSession session;
   HRESULT hr = session.Open(std::string());
   if (FAILED(hr)) return ComponentFailure(session.Error());
   if (FAILED(HideRow(session, rowId, options.untilRebuild, &what, &error))) return Failure(error);

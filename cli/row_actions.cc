@@ -88,9 +88,9 @@ HRESULT HideWholeSite(ProviderSession& session, const SiteRecord& site, bool unt
   return S_OK;
 }
 
-HRESULT Invalid(const std::string& message, std::string* lpError) {
+bool Refuse(const std::string& message, std::string* lpError) {
   *lpError = message;
-  return E_INVALIDARG;
+  return false;
 }
 
 }  // namespace
@@ -107,21 +107,35 @@ HRESULT ListSitesWithPins(ProviderSession& session, uint32_t count, std::vector<
   return S_OK;
 }
 
-bool IsPinnable(const std::string& url) {
+bool CheckPin(const std::string& url, const std::string& name, std::string* lpError) {
   static const std::regex kWeb(R"(https?://[A-Za-z0-9]([A-Za-z0-9.-]*[A-Za-z0-9])?(:[0-9]{1,5})?([/?#]\S*)?)",
                                std::regex::icase);
   static const std::regex kFile(R"(file:///\S*)", std::regex::icase);
   static const std::regex kDomain(R"([A-Za-z0-9]([A-Za-z0-9-]*[A-Za-z0-9])?(\.[A-Za-z0-9]([A-Za-z0-9-]*[A-Za-z0-9])?)+)");
-  return std::regex_match(url, kWeb) || std::regex_match(url, kFile) || std::regex_match(url, kDomain);
+  if (!std::regex_match(url, kWeb) && !std::regex_match(url, kFile) && !std::regex_match(url, kDomain)) {
+    return Refuse("'" + url + "' is no address to pin: give an http, https or file URL, or a domain such as "
+                  "example.com", lpError);
+  }
+  return name.empty() ? Refuse("pin needs a name", lpError) : true;
+}
+
+bool CheckHideTarget(const std::string& rowId, bool untilRebuild, std::string* lpError) {
+  RowKind kind = RowKind::kDomain;
+  uint32_t number = 0;
+  if (!ParseRowId(rowId, &kind, &number)) {
+    return Refuse("'" + rowId + "' is no row ID: give the ID as 'sites', 'history' or 'favorites' list it", lpError);
+  }
+  if (kind == RowKind::kPin) return Refuse("a pin is removed with 'corvane unpin " + rowId + "'", lpError);
+  if (kind == RowKind::kRecent) return Refuse("a recent row can't be hidden; hide its site as 'sites' lists it", lpError);
+  if (untilRebuild && (kind == RowKind::kHistory || kind == RowKind::kFavorite)) {
+    return Refuse("--until-rebuild applies to sites, sub-domains and pages only", lpError);
+  }
+  return true;
 }
 
 HRESULT PinUrl(ProviderSession& session, const std::string& url, const std::string& name, std::string* lpAction,
                std::string* lpError) {
-  if (name.empty()) return Invalid("pin needs a name", lpError);
-  if (!IsPinnable(url)) {
-    return Invalid("'" + url + "' is no address to pin: give an http, https or file URL, or a domain such as "
-                   "example.com", lpError);
-  }
+  if (!CheckPin(url, name, lpError)) return E_INVALIDARG;
   std::vector<UrlRecord> pins;
   HRESULT hr = session.ListPins(&pins);
   auto pinned = std::find_if(pins.begin(), pins.end(), [&](const UrlRecord& pin) { return pin.url == url; });
@@ -136,16 +150,10 @@ HRESULT PinUrl(ProviderSession& session, const std::string& url, const std::stri
 
 HRESULT HideRow(ProviderSession& session, const std::string& rowId, bool untilRebuild, std::string* lpWhat,
                 std::string* lpError) {
+  if (!CheckHideTarget(rowId, untilRebuild, lpError)) return E_INVALIDARG;
   RowKind kind = RowKind::kDomain;
   uint32_t number = 0;
-  if (!ParseRowId(rowId, &kind, &number)) {
-    return Invalid("'" + rowId + "' is no row ID: give the ID as 'sites', 'history' or 'favorites' list it", lpError);
-  }
-  if (kind == RowKind::kPin) return Invalid("a pin is removed with 'corvane unpin " + rowId + "'", lpError);
-  if (kind == RowKind::kRecent) return Invalid("a recent row can't be hidden; hide its site as 'sites' lists it", lpError);
-  if (untilRebuild && (kind == RowKind::kHistory || kind == RowKind::kFavorite)) {
-    return Invalid("--until-rebuild applies to sites, sub-domains and pages only", lpError);
-  }
+  static_cast<void>(ParseRowId(rowId, &kind, &number));
   const std::string id = std::to_string(number);
   *lpWhat = rowId;
   HRESULT hr = S_OK;

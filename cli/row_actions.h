@@ -24,14 +24,22 @@ namespace corvane::cli {
 // a record of its own), then the ranking.
 [[nodiscard]] HRESULT ListSitesWithPins(ProviderSession& session, uint32_t count, std::vector<SiteRecord>* lpSites);
 
-// http or https with a host, file, or a bare main domain (the whole site).
-[[nodiscard]] bool IsPinnable(const std::string& url);
+// Whether a pin may be made of the URL and name: http or https with a
+// host, file, or a bare main domain (the whole site), and a name. False with
+// the reason.
+[[nodiscard]] bool CheckPin(const std::string& url, const std::string& name, std::string* lpError);
 
-// *lpAction: "pinned", "renamed" or "already pinned".
+// Whether the text is a row ID that can be hidden so (no pin, no recent
+// row; --until-rebuild only for the ranked rows). False with the reason.
+[[nodiscard]] bool CheckHideTarget(const std::string& rowId, bool untilRebuild, std::string* lpError);
+
+// *lpAction: "pinned", "renamed" or "already pinned". E_INVALIDARG for
+// what CheckPin refuses.
 [[nodiscard]] HRESULT PinUrl(ProviderSession& session, const std::string& url, const std::string& name,
                              std::string* lpAction, std::string* lpError);
 
 // *lpWhat says what was hidden: a site with the count of its rows.
+// E_INVALIDARG for what CheckHideTarget refuses.
 [[nodiscard]] HRESULT HideRow(ProviderSession& session, const std::string& rowId, bool untilRebuild,
                               std::string* lpWhat, std::string* lpError);
 

@@ -183,7 +183,7 @@ function tile(site) {
   card.append(link);
   const actions = el("div", "actions");
   if (site.focus) {
-    actions.append(button("Unpin", "Unpin this site", () => act("/api/unpin", {id: String(site.focusId)}, "Unpinned")));
+    actions.append(button("Unpin", "Unpin this site", () => act("/api/unpin", {id: "p" + site.focusId}, "Unpinned")));
   } else {
     actions.append(button("Pin", "Pin this site first",
         () => act("/api/pin", {url: site.mainDomain || hostOf(site.url), name: site.name || hostOf(site.url)}, "Pinned")));

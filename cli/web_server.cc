@@ -11,6 +11,7 @@
 #include "cli/favicons.h"
 #include "cli/output.h"
 #include "cli/row_actions.h"
+#include "cli/row_ids.h"
 #include "cli/session.h"
 #include "cli/time_text.h"
 #include "cli/web_guard.h"
@@ -121,9 +122,11 @@ void StartPageServer::State::Action(const httplib::Request& request, httplib::Re
   if (kind == "pin") {
     hr = PinUrl(session, body["url"].asString(), body["name"].asString(), &what, &error);
   } else if (kind == "unpin") {
-    std::string id = body["id"].asString();
-    if (!id.empty() && id[0] == 'p') id.erase(0, 1);
-    hr = session.RemovePin(id, true);
+    RowKind row = RowKind::kDomain;
+    uint32_t number = 0;
+    const bool pin = ParseRowId(body["id"].asString(), &row, &number) && row == RowKind::kPin;
+    hr = pin ? session.RemovePin(std::to_string(number), true) : E_INVALIDARG;
+    if (!pin) error = "unpin takes the row ID of a pin, such as p2";
     what = "unpinned";
   } else if (kind == "hide") {
     hr = HideRow(session, body["id"].asString(), body["untilRebuild"].asBool(), &what, &error);

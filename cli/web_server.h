@@ -9,7 +9,7 @@
 //   GET  /api/favorites
 //   GET  /api/explain?target=HOST  why it ranks there, in words
 //   GET  /api/favicon?host=HOST    the icon from the browsers' stores
-//   POST /api/pin {url,name}, /api/unpin {id}, /api/hide {id,untilRebuild},
+//   POST /api/pin {url,name}, /api/unpin {id: "p2"}, /api/hide {id,untilRebuild},
 //        /api/update
 //
 // Every request passes web_guard.h first; bodies over 64 KiB get 413. The

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -148,8 +150,15 @@ pid_t OwnerProcess(const std::string& name) {
 
 // Removes the folders that a killed read left behind: ours by name and
 // owner, made by a process that is gone. A folder whose process lives, or
-// whose id another process took since, is left alone.
+// whose id another process took since, is left alone. Once per temporary
+// folder and process: a read of several profiles copies several files.
 void RemoveLeftCopies(const fs::path& base) {
+  static std::mutex s_lock;
+  static std::set<std::string> s_swept;
+  {
+    std::lock_guard<std::mutex> hold(s_lock);
+    if (!s_swept.insert(base.string()).second) return;
+  }
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(base, error)) {
     const pid_t owner = OwnerProcess(entry.path().filename().string());

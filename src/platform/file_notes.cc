@@ -42,11 +42,22 @@ bool ConfigFileDamaged(std::u16string_view path) {
   return AsciiFindIgnoreCase(FromUtf8(text), u"[DBConfig]", 0) == std::u16string_view::npos;
 }
 
-std::string SetDamagedFileAside(const std::string& path) {
-  std::string aside = path + ".corrupt";
+std::string SetDamagedFileAside(const std::string& path, std::initializer_list<const char*> companions) {
   std::error_code error;
-  for (int n = 1; std::filesystem::exists(aside, error); ++n) aside = path + ".corrupt." + std::to_string(n);
-  return std::rename(path.c_str(), aside.c_str()) == 0 ? aside : std::string();
+  const auto taken = [&](const std::string& name) {
+    if (std::filesystem::exists(name, error)) return true;
+    for (const char* suffix : companions) {
+      if (std::filesystem::exists(name + suffix, error)) return true;
+    }
+    return false;
+  };
+  std::string aside = path + ".corrupt";
+  for (int n = 1; taken(aside); ++n) aside = path + ".corrupt." + std::to_string(n);
+  if (std::rename(path.c_str(), aside.c_str()) != 0) return std::string();
+  for (const char* suffix : companions) {
+    if (std::filesystem::exists(path + suffix, error)) std::rename((path + suffix).c_str(), (aside + suffix).c_str());
+  }
+  return aside;
 }
 
 }  // namespace corvane

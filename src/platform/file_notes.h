@@ -10,6 +10,7 @@
 #ifndef CORVANE_PLATFORM_FILE_NOTES_H_
 #define CORVANE_PLATFORM_FILE_NOTES_H_
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -27,9 +28,11 @@ void NoteFileProblem(std::u16string_view key, const std::string& sentence);
 bool ConfigFileDamaged(std::u16string_view path);
 
 // Renames a damaged file to "<name>.corrupt", or the first free
-// "<name>.corrupt.N", so that a fresh one is made; the new name, or empty
-// when the rename failed.
-std::string SetDamagedFileAside(const std::string& path);
+// "<name>.corrupt.N" (an earlier damaged file is evidence and is never
+// replaced), so that a fresh one is made; each companion that exists
+// ("-journal", "-wal") goes along under the same name. The new name, or
+// empty when the rename failed.
+std::string SetDamagedFileAside(const std::string& path, std::initializer_list<const char*> companions = {});
 
 }  // namespace corvane
 

@@ -20,6 +20,7 @@
 #include "common/local_clock.h"
 #include "common/time_stamp.h"
 #include "common/utf.h"
+#include "platform/file_notes.h"
 #include "store/corvane_db.h"
 
 namespace corvane {
@@ -114,27 +115,6 @@ SalvageCounts Salvage(const std::string& damaged, sqlite3* fresh) {
   return counts;
 }
 
-// CorvaneAppDB.db.corrupt, or the first of .corrupt.1, .corrupt.2, ...
-// that is free: an earlier damaged file is evidence and is never replaced.
-std::string FreeCorruptName(const std::string& file) {
-  std::string name = file + ".corrupt";
-  for (int n = 1; access(name.c_str(), F_OK) == 0 || access((name + "-journal").c_str(), F_OK) == 0; ++n) {
-    name = file + ".corrupt." + std::to_string(n);
-  }
-  return name;
-}
-
-// Renames the file with its journal or log; the shared-memory index of a
-// log belongs to no file once its owner is gone.
-bool SetAside(const std::string& file, const std::string& corrupt) {
-  if (std::rename(file.c_str(), corrupt.c_str()) != 0) return false;
-  for (const char* suffix : {"-journal", "-wal"}) {
-    if (access((file + suffix).c_str(), F_OK) == 0) std::rename((file + suffix).c_str(), (corrupt + suffix).c_str());
-  }
-  unlink((file + "-shm").c_str());
-  return true;
-}
-
 // Holds an exclusive lock on the folder of the file while it lives.
 class FolderLock {
  public:
@@ -188,11 +168,14 @@ HRESULT CCorvaneDB::RecoverDamagedFile(std::u16string_view path) {
     }
     static_cast<void>(CSqliteDB::Close());
   }
-  const std::string corrupt = FreeCorruptName(file);
-  if (!SetAside(file, corrupt)) {
+  const std::string corrupt = SetDamagedFileAside(file, {"-journal", "-wal"});
+  if (corrupt.empty()) {
     DebugLog("Can't set the damaged %s aside\r\n", file.c_str());
     return E_FAIL;
   }
+  // The shared-memory index of a log belongs to no file once its owner is
+  // gone.
+  unlink((file + "-shm").c_str());
   HRESULT hr = OpenFresh(path);
   if (FAILED(hr)) return hr;
   static_cast<void>(Begin());

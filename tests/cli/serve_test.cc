@@ -114,7 +114,7 @@ TEST_F(ServeTest, ApiAnswersOnlyRequestsWithTheTokenFromItsOwnPage) {
   EXPECT_EQ(page->body.find("http://"), std::string::npos) << "the page loads nothing from elsewhere";
   const Json::Value sites = Parse(client.Get("/api/sites?n=5", Cookie())->body);
   ASSERT_EQ(sites.size(), 5u);
-  const std::string pins = RunJson({"pins"}).toStyledString();
+  const std::string pinsBefore = RunJson({"pins"}).toStyledString();
   // Refused: no token, a wrong one, a foreign Host, a foreign Origin on a
   // change, a body over 64 KiB. Nothing changes.
   const std::string pin = R"({"url": "https://evil.example/", "name": "Evil"})";
@@ -136,7 +136,7 @@ TEST_F(ServeTest, ApiAnswersOnlyRequestsWithTheTokenFromItsOwnPage) {
     ASSERT_TRUE(each.result) << each.what;
     EXPECT_EQ(each.result->status, each.status) << each.what;
   }
-  EXPECT_EQ(RunJson({"pins"}).toStyledString(), pins);
+  EXPECT_EQ(RunJson({"pins"}).toStyledString(), pinsBefore);
   // Accepted changes, from the page's own origin.
   const httplib::Headers own = {{"Cookie", "corvane_token=" + m_token},
                                 {"Origin", "http://127.0.0.1:" + std::to_string(m_port)}};
@@ -145,7 +145,11 @@ TEST_F(ServeTest, ApiAnswersOnlyRequestsWithTheTokenFromItsOwnPage) {
   EXPECT_EQ(pinned->status, 200) << pinned->body;
   auto bad = client.Post("/api/pin", own, R"J({"url": "javascript:alert(1)", "name": "X"})J", "application/json");
   EXPECT_EQ(bad->status, 400);
-  EXPECT_EQ(RunJson({"pins"})[0]["name"].asString(), "Rust");
+  const Json::Value pins = RunJson({"pins"});
+  EXPECT_EQ(pins[0]["name"].asString(), "Rust");
+  EXPECT_EQ(client.Post("/api/unpin", own, R"({"id": "2"})", "application/json")->status, 400);
+  EXPECT_EQ(client.Post("/api/unpin", own, "{\"id\": \"" + pins[0]["id"].asString() + "\"}", "application/json")->status, 200);
+  EXPECT_EQ(RunJson({"pins"}).size(), 0u);
   const Json::Value found = Parse(client.Get("/api/search?q=wiki", Cookie())->body);
   ASSERT_GT(found.size(), 0u);
   EXPECT_NE(found[0]["visits"][0]["url"].asString().find("wiki"), std::string::npos);

@@ -1,31 +1,19 @@
 // An INI file of the data folder (DBConfig.ini, Settings.ini, Harvest.ini):
 // keys read from it, and a key written into it and read back.
 
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 #include "common/utf.h"
 #include "platform/ini_file.h"
-
-namespace {
-
-// One file per process, written anew for each input.
-const std::string& FilePath() {
-  static const std::string path = "/tmp/corvane-fuzz-ini-" + std::to_string(getpid()) + ".ini";
-  return path;
-}
-
-}  // namespace
+#include "fuzz/fuzz_scratch.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  std::ofstream(FilePath(), std::ios::binary | std::ios::trunc).write(reinterpret_cast<const char*>(data),
-                                                                      static_cast<std::streamsize>(size));
-  const std::u16string path = corvane::FromUtf8(FilePath());
+  const std::string file = ScratchFolder("ini") + "/DBConfig.ini";
+  WriteInput(file, data, size);
+  const std::u16string path = corvane::FromUtf8(file);
   for (const char16_t* key : {u"LastUpdate", u"Read", u"Score"}) {
     static_cast<void>(corvane::ReadProfileString(path, u"DBConfig", key, u"", 260));
   }

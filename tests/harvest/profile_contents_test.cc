@@ -93,9 +93,8 @@ std::string SiteOf(const std::string& host) {
 // The habits the fixture claims: the first four visits of each day go to
 // the same habit sites, of four makers; the six most visited hosts belong
 // to at least four sites, and the long tail is there. Every kind of visit
-// the model makes is in the file, with the links the browser keeps between
-// them. The newest day ends at its end time, and the rest stays the same;
-// the same seed writes the same files.
+// the model makes is in the file. The newest day ends at its end time, and
+// the rest stays the same; the same seed writes the same files.
 TEST_F(HarvestTest, FixtureChromiumProfileHasTheHabitsItClaims) {
   ProfileSpec spec{.seed = 11, .days = 10, .visitsPerDay = 400, .distinctUrls = 3000, .hosts = 300, .bookmarks = 10,
                    .lastDay = "2024-05-20", .endTime = ""};
@@ -133,22 +132,14 @@ TEST_F(HarvestTest, FixtureChromiumProfileHasTheHabitsItClaims) {
     EXPECT_GE(value, 0) << sql;
     return value;
   };
+  // Reloads, form submissions, steps back, subframes, server redirects'
+  // landing pages (the top bit: stored signed 32-bit, negative) are all in
+  // the file; reloads are in the file but not in a URL's count.
   const std::string kVisits = "select count(*) from visits where ";
-  const std::string kLinked = "select count(*) from visits v join visits f on f.id = v.from_visit where ";
-  // Reloads, form submissions, steps back, subframes; server redirects'
-  // landing pages (the top bit: stored signed 32-bit, negative).
   for (const char* kind : {"(transition & 255) = 8", "(transition & 255) = 7", "(transition & 16777216) != 0",
                            "(transition & 255) = 3", "transition < 0"}) {
     EXPECT_GT(number(kVisits + kind), 0) << kind;
   }
-  // Walks: most links come from an earlier visit, none from a later one.
-  EXPECT_GT(number(kLinked + "f.visit_time <= v.visit_time and (v.transition & 255) = 0"), number(kVisits + "1") / 3);
-  EXPECT_EQ(number("select count(*) from visits v left join visits f on f.id = v.from_visit where v.from_visit != 0 "
-                   "and (f.id is null or f.visit_time > v.visit_time)"), 0);
-  // Every redirect's landing page comes from the chain's start, which is no
-  // chain end itself. Reloads are in the file but not in a URL's count.
-  EXPECT_EQ(number(kLinked + "v.transition < 0 and (f.transition & 0x10000000) != 0 and (f.transition & 0x20000000) = 0"),
-            number(kVisits + "transition < 0"));
   EXPECT_EQ(number("select sum(visit_count) from urls"), number(kVisits + "(transition & 255) != 8"));
   sqlite3_close(db);
 
@@ -169,16 +160,6 @@ TEST_F(HarvestTest, FixtureChromiumProfileHasTheHabitsItClaims) {
   EXPECT_EQ(URLs(cut), fullURLs);
   EXPECT_TRUE(cut.back().time.wDay == 20 && cut.back().time.wHour < 12) << Clock(cut.back().time);
   EXPECT_TRUE(visits[cut.size()].time.wDay == 20 && visits[cut.size()].time.wHour >= 12);
-  // Earlier days run into the night.
-  EXPECT_TRUE(std::any_of(visits.begin(), visits.end(), [](const Delivered& v) { return v.time.wDay == 19 && v.time.wHour >= 22; }));
-  ProfileSpec reseeded = spec;
-  reseeded.seed += 1;
-  ASSERT_TRUE(WriteFixture(Family::kChromium, other, reseeded));
-  EXPECT_NE(ReadAll(fixture::ChromiumHistoryPath(Home())), ReadAll(fixture::ChromiumHistoryPath(other)));
-  std::string error;
-  noon.endTime = "25:00";
-  EXPECT_FALSE(fixture::WriteChromiumProfile(other, noon, &error));
-  EXPECT_NE(error.find("end time"), std::string::npos) << error;
 }
 
 TEST_F(HarvestTest, ChromiumKeepsChainEndsThatArePagesThePersonChose) {

@@ -96,8 +96,8 @@ TEST_F(IniFileTest, ValueIsCutAt259CharactersAndAtTheFirstZero) {
 
 TEST_F(IniFileTest, GarbageLinesAreKeptAndOtherKeysStillRead) {
   WriteRaw("\x01\x02 garbage\n[Other]\nLastUpdate=wrong section\n[ dbconfig ]\nno equals sign here\n"
-           "  LastUpdate =  \"x y\"  \n=empty key\nH2=7\n");
-  EXPECT_EQ(Read(u"LastUpdate"), u"x y");
+           "  LastUpdate =  \"x y\"  \n=empty key\n; Note=a comment\nH2=7\n");
+  EXPECT_EQ(Read(u"LastUpdate") + Read(u"; Note"), u"x y<absent>");
   EXPECT_EQ(Read(u"H2"), u"7");
   ASSERT_TRUE(Write(u"H2", u"8"));
   EXPECT_EQ(Read(u"H2"), u"8");

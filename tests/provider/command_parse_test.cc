@@ -92,16 +92,5 @@ TEST(CommandParseTest, FindCommandIgnoresCaseAndTakesFirst) {
   EXPECT_EQ(Found(parse), "-settings[Abc] -forcesettings -settings[second] -[x]");
 }
 
-TEST(CommandParseTest, AddCommandValueDropsNullAndEmpty) {
-  CCommand command(u"Name");
-  EXPECT_EQ(command.GetName(), u"name");
-  command.AddCommandValue(static_cast<const char16_t*>(nullptr));
-  command.AddCommandValue(u"");
-  command.AddCommandValue(std::u16string_view());
-  command.AddCommandValue(u"v");
-  ASSERT_EQ(command.GetValueCount(), 1u);
-  EXPECT_EQ(*command.GetCommandValue(0), u"v");
-}
-
 }  // namespace
 }  // namespace corvane

@@ -157,17 +157,6 @@ TEST_F(ProviderTest, GetValueAnswersKeysOfTheConfigFile) {
   EXPECT_EQ(m_provider->Uninitialize(), S_OK);
 }
 
-TEST_F(ProviderTest, DatabaseThatIsNoDatabaseIsSetAsideAndRebuilt) {
-  const std::string garbage(4096, 'x');
-  WriteDataFile("CorvaneAppDB.db", garbage);
-  ASSERT_EQ(Initialize(), S_OK);
-  EXPECT_EQ(FileText(DataFile("CorvaneAppDB.db.corrupt")), garbage);
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table").count("THistory"), 1u);
-  const std::u16string recovered = Config(u"Recovered");
-  EXPECT_EQ(recovered.substr(recovered.find(u'|')), u"|CorvaneAppDB.db was damaged: set aside as "
-            u"CorvaneAppDB.db.corrupt and rebuilt; saved 0 pins, 0 hide marks and 0 IE history rows");
-  EXPECT_NE(Config(u"LastUpdate"), u"");
-}
 
 // The cycle of an Initialize scores with the set that its "Settings" saved.
 TEST_F(ProviderTest, SettingsIsSavedBeforeTheCycleScores) {
@@ -258,33 +247,6 @@ TEST_F(ProviderTest, GetCorvaneDBRefusesANullOutArgument) {
   EXPECT_NE(database, nullptr);
 }
 
-// The application-data folder: $CORVANE_APPDATA when set and not empty, else
-// $XDG_DATA_HOME, else $HOME/.local/share, else none; the data folder is that
-// plus CorvaneApp.
-TEST_F(ProviderTest, DataFolderFallsBackToXdgDataHomeAndThenHome) {
-  const std::string own = m_dir.Path(), xdg = m_dir.File("xdg"), home = m_dir.File("home");
-  std::filesystem::create_directories(xdg);
-  const struct {
-    const char *appData, *xdgData, *home;
-    std::string folder;  // empty: Initialize fails
-  } cases[] = {
-      {"", xdg.c_str(), home.c_str(), xdg},
-      {nullptr, "", home.c_str(), home + "/.local/share"},
-      {nullptr, "", nullptr, ""},
-      {own.c_str(), xdg.c_str(), home.c_str(), own},  // the variable of our own wins over both
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.folder);
-    ScopedEnv appData("CORVANE_APPDATA", c.appData), xdgData("XDG_DATA_HOME", c.xdgData), homeEnv("HOME", c.home);
-    const std::string folder = c.folder + "/CorvaneApp/";
-    EXPECT_FALSE(std::filesystem::exists(folder + "CorvaneAppDB.db"));
-    ASSERT_EQ(Initialize(), c.folder.empty() ? E_FAIL : S_OK);
-    if (c.folder.empty()) continue;
-    EXPECT_TRUE(std::filesystem::exists(folder + "Settings.ini"));
-    EXPECT_EQ(ReadProfileString(U16(folder + "DBConfig.ini"), u"DBConfig", u"LastUpdate", u"", 260), kNowStamp);
-    EXPECT_EQ(GetValue(m_provider.Get(), u"LastUpdate"), kNowStamp);
-  }
-}
 
 }  // namespace
 }  // namespace corvane::test

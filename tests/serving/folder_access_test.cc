@@ -87,18 +87,6 @@ TEST_F(FolderAccessTest, NamedPersonGetsAccessAndDefaultEntriesOnce) {
   EXPECT_TRUE(Has(AclText(m_folder + "/CorvaneAppDB.db"), "user:nobody:rw-"));
 }
 
-// "Users" is whoever owns the folder that holds the data folder: no entry
-// when that is the folder's owner, the person's entry when root made it.
-TEST_F(FolderAccessTest, UsersIsTheOwnerOfTheDataFoldersParent) {
-  test::ScopedEnv appData("CORVANE_APPDATA", m_dir.Path().c_str());
-  ASSERT_TRUE(Grant(m_folder));
-  EXPECT_EQ(AclText(m_folder).find("user:"), AclText(m_folder).rfind("user:")) << AclText(m_folder);
-  if (geteuid() != 0) GTEST_SKIP() << "only root makes a folder for another person";
-  ASSERT_EQ(chown(m_dir.Path().c_str(), getpwnam("nobody")->pw_uid, 0), 0);
-  ASSERT_TRUE(Grant(m_folder));
-  EXPECT_TRUE(Has(AclText(m_folder), "user:nobody:rwx")) << AclText(m_folder);
-}
-
 TEST_F(FolderAccessTest, UnknownAccountOrMissingPathFails) {
   const std::string log = m_dir.File("debug.log");
   test::ScopedEnv debug("CORVANE_DEBUG", log.c_str());
@@ -108,29 +96,6 @@ TEST_F(FolderAccessTest, UnknownAccountOrMissingPathFails) {
   std::ifstream in(log);
   EXPECT_NE(std::string(std::istreambuf_iterator<char>(in), {}).find("LookupAccountName() failed."), std::string::npos);
   EXPECT_FALSE(Grant("/nonexistent/CorvaneApp", u"nobody"));
-}
-
-// A folder of an earlier version: open to its group, to others and to the
-// group "users". Everything is narrowed to its owner, once.
-TEST_F(FolderAccessTest, DataFolderOpenToOthersIsNarrowedToItsOwner) {
-  test::ScopedEnv appData("CORVANE_APPDATA", m_dir.Path().c_str());
-  ASSERT_EQ(chmod(m_folder.c_str(), 0775), 0);
-  for (const char* name : {"CorvaneAppDB.db", "DBConfig.ini", "Settings.ini"}) std::ofstream(m_folder + "/" + name) << "x";
-  SetAcl(m_folder, "u::rwx,g::rwx,o::r-x,g:users:rwx,m::rwx", ACL_TYPE_DEFAULT);
-  ASSERT_EQ(chmod((m_folder + "/DBConfig.ini").c_str(), 0664), 0);
-  ASSERT_EQ(chmod((m_folder + "/Settings.ini").c_str(), 0600), 0);
-  EXPECT_EQ(KeepDataFolderPrivate(FromUtf8(m_folder)), 3);  // the folder, the database, DBConfig.ini
-  struct stat info;
-  ASSERT_EQ(stat(m_folder.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0700u);
-  for (const char* name : {"CorvaneAppDB.db", "DBConfig.ini", "Settings.ini"}) {
-    ASSERT_EQ(stat((m_folder + "/" + name).c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u) << name;
-  }
-  const std::string defaults = AclText(m_folder, ACL_TYPE_DEFAULT);
-  EXPECT_TRUE(Has(defaults, "group::---") && Has(defaults, "other::---")) << defaults;
-  EXPECT_EQ(defaults.find("group:users"), std::string::npos) << defaults;
-  EXPECT_EQ(KeepDataFolderPrivate(FromUtf8(m_folder)), 0);
 }
 
 }  // namespace

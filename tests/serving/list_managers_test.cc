@@ -56,7 +56,7 @@ TEST_F(ListManagersTest, HistoryIsGroupedByDayWithLabelsSearchedHiddenAndCleared
   EXPECT_EQ(HistoryDays(0),
             kToday + " http://b/ http://a/ | " + kYesterday + " http://c/ | 2024年3月1日 星期五: http://d/");
   EXPECT_EQ(HistoryDays(3), kToday + " http://b/ http://a/ | " + kYesterday + " http://c/");
-  EXPECT_EQ(Found(u"Title http://d"), "2024年3月1日 星期五: http://d/");
+  EXPECT_EQ(Found(std::u16string(u"Title http://d\0ignored", 22)), "2024年3月1日 星期五: http://d/");  // to the NUL
   EXPECT_EQ(Found(u"/"), HistoryDays(0));  // the hidden row in no search either
   IUnknown* raw = nullptr;
   EXPECT_EQ(Query<IHistoryURLsManager>(m_history.Get(), IID_IHistoryURLsManager)->SearchURLs(nullptr, &raw),

@@ -116,53 +116,6 @@ TEST_F(ManagerKeysTest, TextThatReadsAsANumberNamesItsRowAndNothingElseDoes) {
   }
 }
 
-// Text that is no id, or a URL that matches nothing, changes nothing.
-TEST_F(ManagerKeysTest, HostileTextChangesNothingThatItDoesNotName) {
-  std::vector<Call> calls = IdCalls();
-  for (uint32_t type : {0x10000u, 1u, 0x10001u}) {
-    calls.push_back({"recommendation RemoveURL", [&, type](BSTR t) { return m_commonUrls->RemoveURL(t, type); }, S_OK});
-  }
-  for (IURLsManager* manager : {m_focus.Get(), m_history.Get(), m_favorites.Get()}) {
-    calls.push_back({"RemoveURL by URL", [manager](BSTR t) { return manager->RemoveURL(t, 1); }, S_OK});
-  }
-  for (const Call& call : calls) {
-    for (const std::u16string& text : HostileTexts()) {
-      SCOPED_TRACE(testing::Message() << call.what << " with a text of " << text.size() << " characters");
-      const std::string before = m_db.Dump();
-      Bstr bstr(text);
-      // "1" is the one decimal id among the texts.
-      EXPECT_EQ(call.call(bstr.Get()), text == u"1" ? S_OK : call.forNoNumber);
-      if (text == u"All" || text == u"1") continue;  // real keys: they may hide a row
-      EXPECT_EQ(m_db.Dump(), before) << call.what << " changed the tables";
-    }
-  }
-}
-
-TEST_F(ManagerKeysTest, SearchFindsTheTextAsItStandsUpToItsFirstNul) {
-  const ComPtr<IHistoryURLsManager> search = Query<IHistoryURLsManager>(m_history.Get(), IID_IHistoryURLsManager);
-  for (const std::u16string& text : HostileTexts()) {
-    SCOPED_TRACE(testing::Message() << "searching for a text of " << text.size() << " characters");
-    Bstr bstr(text);
-    IUnknown* raw = nullptr;
-    const HRESULT hr = search->SearchURLs(bstr.Get(), &raw);
-    ComPtr<IUnknown> found(raw);
-    if (text.size() == 100000) {  // longer than like takes a pattern
-      EXPECT_EQ(hr, E_FAIL);
-      EXPECT_FALSE(found);
-      continue;
-    }
-    ASSERT_EQ(hr, S_OK);
-    // Visits are found when their title ("Title " and the URL) holds the
-    // text up to a NUL in it, with like's wildcards taken as they are.
-    const std::string searched = ToUtf8(text.substr(0, text.find(u'\0')));
-    uint32_t expected = 0, rows = 0;
-    for (const std::string r : {"1", "2", "-1", kMax}) expected += ("Title http://h" + r + "/").find(searched) != std::string::npos;
-    for (uint32_t d = 0; d < Count(found.Get()); ++d) rows += Count(Item(found.Get(), d).Get()) - 1;
-    EXPECT_EQ(rows, expected);
-  }
-  EXPECT_EQ(m_db.Scalar("select count(*) from THistory where HideDate = 0"), "4");
-}
-
 TEST_F(ManagerKeysTest, URLWithQuotesAndWildcardsHidesItsOwnRowAlone) {
   const std::string urls[] = {"http://e.com/it's", "http://e.com/\"q\"", "http://e.com/50%_off", "http://e.com/a;--b",
                               "http://e.com/a' or '1'='1"};
@@ -244,30 +197,6 @@ TEST_F(ManagerKeysTest, HidesSetTheStateAndScoreOfTheirRow) {
   EXPECT_EQ(states("TRecommendDomain", "Score"), "2:50 1:100 2:70 2:4");
   EXPECT_EQ(states("TSubDomain", "Score"), "0:100 2:70 0:100 0:100");
   EXPECT_EQ(states("TRecommendURL", "Weight"), "0:100 1:100 2:70 0:100");
-}
-
-// A provider that was never initialised hands out managers whose
-// statements can't prepare: they fail, or find nothing to do.
-TEST_F(ManagerKeysTest, ManagersOfAProviderNeverInitializedFailAndTouchNothing) {
-  const std::string before = m_db.Dump();
-  ComPtr<ICorvaneDataProviderObject> fresh = CreateProvider();
-  IUnknown* unknown = nullptr;
-  ASSERT_EQ(fresh->GetURLsManager(1, &unknown), S_OK);
-  ComPtr<ICommonUseURLsManager> common =
-      Query<ICommonUseURLsManager>(ComPtr<IUnknown>(unknown).Get(), IID_ICommonUseURLsManager);
-  Bstr one(u"1");
-  EXPECT_EQ(common->HideRecommendDomain(one.Get(), 0), S_OK);
-  IUnknown* array = nullptr;
-  EXPECT_EQ(common->GetRecomURLs(0, 5, &array, 0), E_FAIL);
-  EXPECT_EQ(common->GetRecentHistory(0, 5, &array, 0), E_FAIL);
-  for (uint32_t id = 2; id <= 4; ++id) {
-    ASSERT_EQ(fresh->GetURLsManager(id, &unknown), S_OK);
-    ComPtr<IURLsManager> manager = Query<IURLsManager>(ComPtr<IUnknown>(unknown).Get(), IID_IURLsManager);
-    EXPECT_EQ(manager->GetURLs(0, &array), E_FAIL);
-    EXPECT_EQ(manager->ClearURLs(), E_FAIL);
-  }
-  EXPECT_EQ(array, nullptr);
-  EXPECT_EQ(m_db.Dump(), before);
 }
 
 }  // namespace

@@ -100,6 +100,18 @@ TEST_F(RecomListingTest, OneRecordPerMainDomainAndNoSubSiteOfItsOwnDomain) {
             "3|Solo|www.solo.com Domain=www.solo.com SubDomain=[]; 2|Dup|www.dup.com Domain=b.dup.com SubDomain=-");
 }
 
+TEST_F(RecomListingTest, ASiteShowsItsThreeBestSubSites) {
+  AddDomain("www.many.com", "many.com", 100, "Many", "Many");
+  for (const char* part : {"b", "d", "a", "c"}) {
+    const std::string host = std::string(part) + ".many.com";
+    m_db.Exec(Insert("TZS", host, "many.com", kSomeTime, 200 - part[0], 0, 0) +
+              Insert("TWhiteList", "Many", "many.com", host, std::string("Part ") + part));
+  }
+  EXPECT_EQ(Show(Item(Recom(5, 0).Get(), 0).Get(), {"SubDomain"}),
+            "1|Many|www.many.com SubDomain=[1|Part a|a.many.com SubDomain=-; 1|Part b|b.many.com SubDomain=-; "
+            "1|Part c|c.many.com SubDomain=-]");
+}
+
 TEST_F(RecomListingTest, ShownSetCarriesAcrossCallsAndManagersUntilFocusRequest) {
   AddDomain("one.com", "one.com", 100, "One", "One");
   AddSubDomain("blog.two.com", "two.com", 90, "Two Blog");
@@ -221,16 +233,6 @@ TEST_F(RecomListingTest, RecentListingTakesDistinctMainDomainsFromDomainsFirst) 
 TEST_F(RecomListingTest, HostThatReleasesEverythingLetsTheLibraryGo) {
   const Component& component = LoadComponent();
   AddExampleSites(400);
-  AddRecentDomain("a.com", "a.com", 9);
-  AddRecentURL(7, "http://b.com/x", "b.com", 5);
-  m_db.Exec(Insert("THistory", Null(), "T", "http://h/", 1, "2024.03.05 2 08:00:00.000", 154561, 0, 2) +
-            Insert("TFavorite", "F", "http://f/", "f", "Bar", 0) + Insert("TFocusURL", Null(), "Pinned", "pinned.example.com"));
-  for (IURLsManager* manager : {m_focus.Get(), m_history.Get(), m_favorites.Get()}) {
-    IUnknown* array = nullptr;
-    ASSERT_EQ(manager->GetURLs(0, &array), S_OK);
-    EXPECT_EQ(Count(ComPtr<IUnknown>(array).Get()), 1u);
-  }
-  EXPECT_EQ(Count(Recent(5).Get()), 2u);
   ComPtr<IUnknown> promoted = Item(Recom(5, 0).Get(), 0);
   Bstr key(u"SubDomain");
   IUnknown* subSites = nullptr;
@@ -241,10 +243,8 @@ TEST_F(RecomListingTest, HostThatReleasesEverythingLetsTheLibraryGo) {
   promoted.Reset();
   m_common.Reset();
   m_provider.Reset();
-  EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
-  // The provider and its database are still there for the manager.
   Bstr url(u"a.com"), name(u"A");
-  EXPECT_EQ(focus->AddURL(url.Get(), name.Get(), 0), S_OK);
+  EXPECT_EQ(focus->AddURL(url.Get(), name.Get(), 0), S_OK);  // a manager outlives its provider
   focus.Reset();
   EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
   EXPECT_EQ(Show(kept.Get()), "1|Example Mail|mail.example.com");

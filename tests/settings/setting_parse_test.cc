@@ -95,7 +95,7 @@ TEST_F(SettingParseFileTest, NamedSetIsSavedForANewerVersionOrByForceOverZeroAnd
   EXPECT_EQ(Save(v0, 1), S_OK);
   EXPECT_EQ(Save(v0, 1), S_OK);
   // Blanks, tabs and line breaks anywhere in the text are dropped.
-  EXPECT_EQ(Save(u" Name @ Work |\r\nDefault@false|Ver@ 5|\tScore@{0,10,60,2,150,1.0,3,{4, 5, 6},"
+  EXPECT_EQ(Save(u" Name @ Wo\trk |\r\nDefault@false|Ver@ 5|\tScore@{0,10,60,2,150,1.0,3,{4, 5, 6},"
                  u"{0,0,0,0,0,0,0,0}}|Setting@{1, {2,9}}",
                  0),
             S_OK);

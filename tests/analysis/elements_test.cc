@@ -1,5 +1,5 @@
-// The bounded ordered lists of the table builders, against a plain model of
-// their order, and the cost of finding a place.
+// The bounded ordered lists of the table builders: their order with ties
+// and evictions, the cost of finding a place, and the rounding of scores.
 
 #include <gtest/gtest.h>
 
@@ -21,116 +21,11 @@ class ElementsTest : public ::testing::Test {
   ~ElementsTest() override { SetElementLimits(-1, -1); }
 };
 
-// The order a list must have, worked out the plain way: walk from the first
-// entry to the first one the new key goes in front of; a full list refuses a
-// key that would go last and otherwise drops its last entry. A held entry
-// given a new key moves to where the key ranks. `ahead(held, fresh)` says
-// fresh goes in front.
-template <class Ahead>
-class RankModel {
- public:
-  RankModel(int32_t max, Ahead ahead) : m_max(max), m_ahead(ahead) {}
-
-  void Place(const std::u16string& name, int64_t key) {
-    auto held = std::ranges::find(m_ranked, name, &Entry::first);
-    const bool fresh = held == m_ranked.end();
-    if (!fresh) m_ranked.erase(held);
-    const auto place = std::ranges::find_if(m_ranked, [&](const Entry& entry) { return m_ahead(entry.second, key); }) -
-                       m_ranked.begin();
-    if (fresh && m_max >= 1 && m_ranked.size() == static_cast<size_t>(m_max)) {
-      if (place == std::ssize(m_ranked)) return;
-      std::erase(arrival, m_ranked.back().first);
-      m_ranked.pop_back();
-    }
-    m_ranked.insert(m_ranked.begin() + place, {name, key});
-    if (fresh) arrival.push_back(name);
-  }
-  // The key of a held entry; the largest key when it is not held.
-  int64_t Key(const std::u16string& name) const {
-    auto held = std::ranges::find(m_ranked, name, &Entry::first);
-    return held == m_ranked.end() ? std::numeric_limits<int64_t>::max() : held->second;
-  }
-  std::vector<std::u16string> Ranked() const {
-    std::vector<std::u16string> names;
-    for (const Entry& entry : m_ranked) names.push_back(entry.first);
-    return names;
-  }
-
-  // Names in the order they came in, as the list's vector keeps them.
-  std::vector<std::u16string> arrival;
-
- private:
-  using Entry = std::pair<std::u16string, int64_t>;
-  int32_t m_max;
-  Ahead m_ahead;
-  std::vector<Entry> m_ranked;
-};
-
 template <class List, class Name>
 std::vector<std::u16string> Ranked(const List& list, Name name) {
   std::vector<std::u16string> names;
   list.ForEachRanked([&](int32_t index) { names.push_back(name(*list.Entries()[static_cast<size_t>(index)])); });
   return names;
-}
-
-TEST_F(ElementsTest, URLListKeepsTheOrderOfTheWalkWithTiesRepeatsAndEvictionsForEveryLimit) {
-  std::mt19937 random(7);
-  for (int32_t limit : {0, 1, 2, 5, 15}) {
-    SCOPED_TRACE(limit);
-    SetElementLimits(-1, limit);
-    RankModel model(limit, [](int64_t held, int64_t fresh) { return held < fresh; });
-    std::vector<std::unique_ptr<E1Entry>> owned;
-    CE3URLElement list;
-    for (int i = 0; i < 400; ++i) {
-      // Six counts only, so most new entries tie with some held ones; every
-      // fifth entry comes again, which a held URL refuses.
-      if (i % 5 != 4) {
-        owned.push_back(std::make_unique<E1Entry>());
-        owned.back()->URL = u"u" + FromUtf8(std::to_string(i));
-        owned.back()->VisitCount = static_cast<int32_t>(random() % 6);
-      }
-      E1Entry* entry = i % 5 != 4 ? owned.back().get() : owned[random() % owned.size()].get();
-      const bool held = model.Key(entry->URL) != std::numeric_limits<int64_t>::max();
-      ASSERT_EQ(list.FindURL(entry->URL), held) << i;
-      list.AddEntry(entry, true);
-      if (!held) model.Place(entry->URL, entry->VisitCount);
-      ASSERT_EQ(Ranked(list, [](const E1Entry& e) { return e.URL; }), model.Ranked()) << i;
-      std::vector<std::u16string> vector;
-      for (const E1Entry* kept : list.Entries()) vector.push_back(kept->URL);
-      ASSERT_EQ(vector, model.arrival) << i;
-    }
-  }
-}
-
-TEST_F(ElementsTest, DomainListKeepsTheOrderOfTheWalkAndFindsItsDomainsAcrossEvictions) {
-  std::mt19937 random(11);
-  for (int32_t limit : {0, 1, 3, 6}) {
-    SCOPED_TRACE(limit);
-    SetElementLimits(limit, -1);
-    RankModel model(limit, [](int64_t held, int64_t fresh) { return held > fresh; });
-    CEURLDomainElement day;
-    for (int i = 0; i < 400; ++i) {
-      std::u16string domain = u"d" + FromUtf8(std::to_string(random() % 12)) + u".com";
-      int64_t time = static_cast<int64_t>(random() % 8);
-      day.AddDomain(u"www." + domain + u"/page", time);
-      // An earlier visit moves a held domain forward; a later one is nothing.
-      if (time < model.Key(domain)) model.Place(domain, time);
-      ASSERT_EQ(Ranked(day, [](const DomainEntry& e) { return e.MainDomain; }), model.Ranked()) << i;
-      // Every domain is found exactly when it is held, at its place in the
-      // vector, with its earliest time.
-      for (int d = 0; d < 12; ++d) {
-        std::u16string name = u"d" + FromUtf8(std::to_string(d)) + u".com";
-        int32_t position = -1;
-        DomainEntry* found = day.FindDomain(name, &position);
-        auto arrival = std::find(model.arrival.begin(), model.arrival.end(), name);
-        ASSERT_EQ(found != nullptr, arrival != model.arrival.end()) << i << " " << d;
-        if (found == nullptr) continue;
-        EXPECT_EQ(found->Time, model.Key(name));
-        EXPECT_EQ(day.Entries()[static_cast<size_t>(position)].get(), found);
-        EXPECT_EQ(position, arrival - model.arrival.begin());
-      }
-    }
-  }
 }
 
 TEST_F(ElementsTest, URLListOfADayKeepsOnlyURLsWhoseMainDomainTheDayHolds) {

@@ -61,21 +61,5 @@ TEST(ItemStoreTest, SourcesMergeInTimeOrderAndASyncedCopyCountsOnce) {
   EXPECT_EQ(store.At(1)->GetTypedCount(), 2u);
 }
 
-TEST(ItemStoreTest, FavouritesOfSeveralSourcesAreLedByTheirBrowserAndAURLIsOneFavourite) {
-  ItemStore store;
-  store.StartSource(BROWSER_CHROME, "Brave/");
-  store.AddFavorite(u"Work", u"https://w.example/", u"Bookmarks bar/Work");
-  store.StartSource(BROWSER_FIREFOX, "Firefox/");
-  store.AddFavorite(u"Work again", u"https://w.example/", u"Bookmarks Menu");
-  store.AddFavorite(u"News", u"https://n.example/", u"Bookmarks Menu");
-  store.MergeSources();
-  ASSERT_EQ(store.Size(), 2u);
-  EXPECT_EQ(std::u16string(store.At(0)->GetPath()), u"Brave/Bookmarks bar/Work");
-  EXPECT_EQ(std::u16string(store.At(1)->GetPath()), u"Firefox/Bookmarks Menu");
-  EXPECT_EQ(store.At(1)->GetKind(), static_cast<uint32_t>(EXTRACT_FAVORITES));
-  store.Clear();
-  EXPECT_EQ(store.Size(), 0u);
-}
-
 }  // namespace
 }  // namespace corvane::harvest

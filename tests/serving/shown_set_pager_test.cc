@@ -81,32 +81,6 @@ class ShownSetPagerTest : public ::testing::Test {
   CSqliteDB m_db;
 };
 
-TEST_F(ShownSetPagerTest, WorkedListings) {
-  const struct {
-    const char* what;
-    std::vector<std::u16string> listing;
-    ShownDomainMap shown;
-    uint32_t pageSize, uCount;
-    std::vector<int> rows;
-  } cases[] = {
-      // Page 1 shows a and b; page 2 then starts two eligible rows further
-      // down the rows that remain (c, d), so c and d are passed over.
-      {"rows passed over by the growing offset stay out", {u"a", u"b", u"a", u"c", u"d", u"e"}, {}, 2, 100, {0, 1, 5}},
-      // x holds no place in the first page; a and b fill it, and the second
-      // page, two rows down the one row left (c), is empty.
-      {"domains shown before take no place", {u"x", u"a", u"x", u"b", u"c"}, {{u"x", 1}}, 2, 100, {1, 3}},
-      {"the same in pages of three", {u"x", u"a", u"x", u"b", u"c"}, {{u"x", 1}}, 3, 100, {1, 3, 4}},
-      {"stops at the count inside a page", {u"a", u"b", u"c", u"d"}, {}, 50, 2, {0, 1}},
-      {"empty listing", {}, {}, 20, 5, {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
-    Fill(c.listing);
-    EXPECT_EQ(PagedStage(c.shown, c.pageSize, c.uCount).first, c.rows);
-    EXPECT_EQ(ReferenceStage(c.listing, c.shown, c.pageSize, c.uCount).first, c.rows);
-  }
-}
-
 TEST_F(ShownSetPagerTest, RandomListingsGiveThePagesOfOneQueryPerPage) {
   std::mt19937 random(20261123);
   for (int round = 0; round < 400; ++round) {

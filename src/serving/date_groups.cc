@@ -45,14 +45,14 @@ std::u16string FormatDayLabel(std::u16string_view stamp, int64_t dayDiff) {
   return label;
 }
 
-HRESULT BuildDateGroups(CSqliteStatement* stmt, uint32_t uToday, ComPtr<CURLArray>* lppGroups) {
+HRESULT BuildDateGroups(const CVisitRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups) {
   ComPtr<CURLArray> groups(CreateObject<CURLArray>());
   if (!groups) return E_FAIL;
   ComPtr<CURLArray> day;
   int64_t currentDate = 0;
-  while (stmt->Step()) {
-    const int64_t visitDate = stmt->ColumnInt64(5);
-    const std::u16string_view visitTime = stmt->ColumnText16View(4);
+  for (size_t row = 0; row < rows.Size(); ++row) {
+    const int64_t visitDate = rows.VisitDate(row);
+    const std::u16string_view visitTime = rows.VisitTime(row);
     if (visitDate != currentDate) {
       currentDate = visitDate;
       if (day) groups->Append(day->AsUnknown());
@@ -67,8 +67,7 @@ HRESULT BuildDateGroups(CSqliteStatement* stmt, uint32_t uToday, ComPtr<CURLArra
     }
     ComPtr<CURLInfo> visit(CreateObject<CURLInfo>());
     if (!visit) continue;
-    visit->SetInfo(static_cast<uint32_t>(stmt->ColumnInt64(0)), stmt->ColumnText16View(1), stmt->ColumnText16View(2),
-                   u"", visitTime);
+    visit->SetInfo(static_cast<uint32_t>(rows.Hid(row)), rows.Name(row), rows.Url(row), u"", visitTime);
     day->Append(visit->AsUnknown());
   }
   if (day) groups->Append(day->AsUnknown());

@@ -12,7 +12,7 @@
 #include "corvane/CorvaneDataProvider.h"
 #include "platform/com_object.h"
 #include "serving/url_array.h"
-#include "store/sqlite_db.h"
+#include "store/visit_rows.h"
 
 namespace corvane {
 
@@ -22,11 +22,10 @@ namespace corvane {
 // weekday digit outside 0..6 gives an empty weekday name.
 std::u16string FormatDayLabel(std::u16string_view stamp, int64_t dayDiff);
 
-// Groups the rows of a history statement (0 HID, 1 Name, 2 URL, 4
-// VisitTime, 5 VisitDate) by VisitDate. E_FAIL, with *lppGroups untouched,
-// when an array or title can't be created; a visit record that can't be
-// created leaves its row out.
-[[nodiscard]] HRESULT BuildDateGroups(CSqliteStatement* stmt, uint32_t uToday, ComPtr<CURLArray>* lppGroups);
+// Groups the rows, in their order, by VisitDate. E_FAIL, with *lppGroups
+// untouched, when an array or title can't be created; a visit record that
+// can't be created leaves its row out.
+[[nodiscard]] HRESULT BuildDateGroups(const CVisitRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups);
 
 }  // namespace corvane
 

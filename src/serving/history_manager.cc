@@ -20,11 +20,9 @@ HRESULT CHistoryURLsManager::CreateInstance(const IID& riid, void** ppvObject) {
   return hr;
 }
 
-HRESULT CHistoryURLsManager::HandOutGroups(HRESULT hrQuery, CSqliteStatement* stmt, IUnknown** lppURLs) {
-  if (FAILED(hrQuery) || stmt == nullptr) return E_FAIL;
-  CStorageWatch watch;
+HRESULT CHistoryURLsManager::HandOutGroups(const CStorageWatch& watch, const CVisitRows& rows, IUnknown** lppURLs) {
   ComPtr<CURLArray> groups;
-  if (FAILED(BuildDateGroups(stmt, LocalDayNumberToday(), &groups))) return E_FAIL;
+  if (FAILED(BuildDateGroups(rows, LocalDayNumberToday(), &groups))) return E_FAIL;
   CCorvaneDB* db = m_link.Database();
   if (db != nullptr && db->StorageFailed(watch)) return E_FAIL;
   return groups->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(lppURLs));
@@ -34,9 +32,13 @@ HRESULT CHistoryURLsManager::GetURLs(uint32_t uCount, IUnknown** lppURLs) {
   if (lppURLs == nullptr) return E_INVALIDARG;
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
+  CStorageWatch watch;
   StatementPtr stmt;
   HRESULT hr = m_link.IsIEBrowser() ? db->GetIEHistory(uCount, &stmt) : db->GetHistory(uCount, &stmt);
-  return HandOutGroups(hr, stmt.get(), lppURLs);
+  if (FAILED(hr) || !stmt) return E_FAIL;
+  CVisitRows rows;
+  static_cast<void>(rows.ReadAll(stmt.get()));  // in the order of the listing
+  return HandOutGroups(watch, rows, lppURLs);
 }
 
 HRESULT CHistoryURLsManager::SearchURLs(BSTR bstrSearch, IUnknown** lppURLs) {
@@ -44,9 +46,10 @@ HRESULT CHistoryURLsManager::SearchURLs(BSTR bstrSearch, IUnknown** lppURLs) {
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
   const std::u16string text = BstrToString(bstrSearch);
-  StatementPtr stmt;
-  HRESULT hr = m_link.IsIEBrowser() ? db->SearchIEHistory(text, &stmt) : db->SearchHistory(text, &stmt, kAllBrowsers);
-  return HandOutGroups(hr, stmt.get(), lppURLs);
+  CStorageWatch watch;
+  CVisitRows rows;
+  HRESULT hr = m_link.IsIEBrowser() ? db->SearchIEHistory(text, &rows) : db->SearchHistory(text, &rows, kAllBrowsers);
+  return FAILED(hr) ? E_FAIL : HandOutGroups(watch, rows, lppURLs);
 }
 
 HRESULT CHistoryURLsManager::AddURL(BSTR bstrURL, BSTR bstrName, uint32_t uReserved) {

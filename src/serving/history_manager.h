@@ -11,6 +11,8 @@
 #include "corvane/CorvaneDataProvider.h"
 #include "platform/com_object.h"
 #include "serving/provider_link.h"
+#include "store/sqlite_db.h"
+#include "store/visit_rows.h"
 
 namespace corvane {
 
@@ -36,8 +38,8 @@ class CHistoryURLsManager final : public ComObject<IURLsManager, IHistoryURLsMan
  private:
   ~CHistoryURLsManager() override = default;
 
-  // Groups the rows of a prepared listing into *lppURLs.
-  HRESULT HandOutGroups(HRESULT hrQuery, CSqliteStatement* stmt, IUnknown** lppURLs);
+  // The day groups of the rows, unless the storage failed since watch began.
+  HRESULT HandOutGroups(const CStorageWatch& watch, const CVisitRows& rows, IUnknown** lppURLs);
 
   CProviderLink m_link;
 };

@@ -119,15 +119,16 @@ bool HistorySearchPhrase(std::u16string_view text, std::u16string* lpPhrase) {
   return true;
 }
 
-std::u16string IndexedHistorySearch(std::u16string_view rowFilter, std::u16string_view order) {
+std::u16string IndexedHistorySearch(std::u16string_view rowFilter, bool byPhrase) {
   const std::u16string filter(rowFilter);
   const std::u16string named =
-      u"(select URL from THistoryText where ID in (select rowid from THistorySearch where THistorySearch match ?2))";
+      byPhrase ? u"(select URL from THistoryText where ID in (select rowid from THistorySearch where THistorySearch match ?2))"
+               : u"(select URL from THistoryText where Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/')";
   const std::u16string lastIndexed = u"coalesce((select LastHID from THistorySearchState), 0)";
   return u"select * from THistory indexed by THistory_Search where URL in " + named + u" and " + filter +
          u" union all select * from THistory where HID > " + lastIndexed + u" and coalesce(URL in " + named +
          u", 0) = 0 and " + filter + u" union all select * from THistory indexed by THistory_URL where URL is null and HID <= " + lastIndexed +
-         u" and " + filter + u" order by " + std::u16string(order) + u";";
+         u" and " + filter;
 }
 
 HRESULT DropHistorySearchRowIndex(CCorvaneDB* db) {

@@ -17,7 +17,8 @@
 // up to date (THistorySearchState.LastHID) are tested with like as well, so
 // a search is exact whatever state the index is in; the update brings it up
 // to date in the transaction that stores the rows. A text of fewer than
-// three characters holds no piece to look up and is searched by like alone.
+// three characters holds no piece to look up: like tests the distinct pairs
+// instead, and then the rows of the addresses it admits.
 //
 // The tables are the index's own: nothing of the component reads them but
 // the search, and dropping them loses nothing that the next update does not
@@ -52,14 +53,16 @@ HRESULT ClearHistorySearchIndex(CCorvaneDB* db);
 // not the same in every part of SQLite.
 bool HistorySearchPhrase(std::u16string_view text, std::u16string* lpPhrase);
 
-// The search through the index, for the phrase bound at ?2: every row of
-// THistory that rowFilter (a condition on the row, like the searched text
-// at ?1) admits, and that is one of the rows of the addresses the index
-// names (read from an index of THistory that covers every column, so that
+// The search through the index: every row of THistory that rowFilter (a
+// condition on the row, like the searched text at ?1) admits, and that is
+// one of the rows of the addresses the index names (byPhrase: those whose
+// pairs hold the phrase bound at ?2; otherwise those whose pairs the like
+// of ?1 admits, which tests each distinct pair once instead of each row) (read from an index of THistory that covers every column, so that
 // no row is looked up one by one), of the rows stored since the index was
-// last brought up to date, or of the rows without an address. Ordered by
-// order. Fails to prepare when a part of the index is missing.
-std::u16string IndexedHistorySearch(std::u16string_view rowFilter, std::u16string_view order);
+// last brought up to date, or of the rows without an address. In no order,
+// and without a terminating ";". Fails to prepare when a part of the index
+// is missing.
+std::u16string IndexedHistorySearch(std::u16string_view rowFilter, bool byPhrase);
 
 // A whole history stored into an empty table is indexed in one pass after
 // the rows are in: this drops the covering index, CreateHistorySearchIndex

@@ -344,12 +344,15 @@ HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, Stat
 }
 
 // The search of the operation: every visible row whose title or address
-// holds the text, by like. On THistory the rows tested are those that the
-// search index names (history_search.h), which leaves the result the same;
-// where the index can't serve the text, or is missing, every row is tested.
-HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser,
-               StatementPtr* lppStmt) {
-  if (lppStmt == nullptr) return E_POINTER;
+// holds the text, by like. On THistory the rows tested are those of the
+// addresses that the search index names (history_search.h), which leaves
+// the result the same; where the index is missing, every row is tested.
+// The rows are read unordered and put newest first by CVisitRows. The rare
+// result that it can't order (a damaged date or time) is read again by the
+// plain like over every row, ordered in SQL: ordering the indexed compound
+// query in SQL would compare texts in another collation than this query.
+HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser, CVisitRows* lpRows) {
+  if (lpRows == nullptr) return E_POINTER;
   const std::u16string pattern = LikePattern(text);
   if (!PatternFitsLike(db, pattern)) {
     DebugLog("search text of %zu characters is too long for like", text.size());
@@ -357,19 +360,25 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
   }
   std::u16string filter = u"( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0";
   if (uBrowser != 0) filter += u" and  Browser = " + Number(uBrowser);
-  // Visits of the same instant come newest stored first, whichever rows
-  // the search tests.
-  constexpr char16_t kOrder[] = u"VisitDate desc, VisitTime desc, HID desc";
+  const std::u16string plain = FillTemplate(u"select * from %s where ", table) + filter;
   std::u16string phrase;
   StatementPtr stmt;
-  if (std::u16string_view(table) == schema::kHistory &&
-      HistorySearchPhrase(text.substr(0, text.find(u'\0')), &phrase)) {
-    stmt = db->Prepare(IndexedHistorySearch(filter, kOrder));
-    if (stmt && !stmt->BindText16(1, phrase)) return E_FAIL;
+  if (std::u16string_view(table) == schema::kHistory) {
+    const bool byPhrase = HistorySearchPhrase(text.substr(0, text.find(u'\0')), &phrase);
+    stmt = db->Prepare(IndexedHistorySearch(filter, byPhrase) + u";");
+    if (stmt && byPhrase && !stmt->BindText16(1, phrase)) return E_FAIL;
   }
-  if (!stmt) stmt = db->Prepare(FillTemplate(u"select * from %s where ", table) + filter + u" order by " + kOrder + u";");
+  if (!stmt) stmt = db->Prepare(plain + u";");
   if (!stmt || !stmt->BindText16(0, pattern)) return E_FAIL;
-  *lppStmt = std::move(stmt);
+  lpRows->Clear();
+  if (lpRows->ReadAll(stmt.get())) {
+    lpRows->SortNewestFirst();
+    return S_OK;
+  }
+  lpRows->Clear();
+  stmt = db->Prepare(plain + u" order by VisitDate desc, VisitTime desc, HID desc;");
+  if (!stmt || !stmt->BindText16(0, pattern)) return E_FAIL;
+  static_cast<void>(lpRows->ReadAll(stmt.get()));
   return S_OK;
 }
 
@@ -395,8 +404,8 @@ HRESULT CCorvaneDB::GetHistory(uint32_t uLimit, StatementPtr* lppStmt) {
   return ListVisible(this, schema::kHistory, uLimit, lppStmt);
 }
 
-HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, StatementPtr* lppStmt, uint32_t uBrowser) {
-  return Search(this, schema::kHistory, text, uBrowser, lppStmt);
+HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, CVisitRows* lpRows, uint32_t uBrowser) {
+  return Search(this, schema::kHistory, text, uBrowser, lpRows);
 }
 
 HRESULT CCorvaneDB::GetHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {
@@ -411,8 +420,8 @@ HRESULT CCorvaneDB::GetIEHistory(uint32_t uLimit, StatementPtr* lppStmt) {
   return ListVisible(this, schema::kIEHistory, uLimit, lppStmt);
 }
 
-HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, StatementPtr* lppStmt) {
-  return Search(this, schema::kIEHistory, text, 0, lppStmt);
+HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, CVisitRows* lpRows) {
+  return Search(this, schema::kIEHistory, text, 0, lpRows);
 }
 
 HRESULT CCorvaneDB::GetIEHistoryDates(uint32_t uLimit, StatementPtr* lppStmt) {

@@ -170,6 +170,8 @@ std::u16string_view CSqliteStatement::ColumnText16View(int column) {
 
 bool CSqliteStatement::ColumnIsNull(int column) { return sqlite3_column_type(m_pStmt, column) == SQLITE_NULL; }
 
+int CSqliteStatement::ColumnType(int column) { return sqlite3_column_type(m_pStmt, column); }
+
 void CSqliteStatement::Reset() {
   sqlite3_reset(m_pStmt);
   sqlite3_clear_bindings(m_pStmt);

@@ -72,6 +72,8 @@ class CSqliteStatement {
   // Execute of this statement.
   std::u16string_view ColumnText16View(int column);
   bool ColumnIsNull(int column);
+  // SQLITE_INTEGER, SQLITE_FLOAT, SQLITE_TEXT, SQLITE_BLOB or SQLITE_NULL.
+  int ColumnType(int column);
 
   // Clears bindings and resets, so the statement can be reused.
   void Reset();

@@ -388,10 +388,12 @@ TEST_F(CliTest, RefusedFilesAreNamedInOneLineEach) {
   ASSERT_EQ(Run({"update"}).status, 0);
   const struct {
     const char* file;
-    const char* text;
+    std::string text;
     const char* line;
   } kFiles[] = {
       {"WhiteList.js", "{ broken", "WhiteList.js was refused: it is not valid JSON; the lists loaded before stay in force"},
+      {"WhiteList.js", std::string((4 << 20) + 1, ' '),
+       "WhiteList.js was refused: it is larger than 4194304 bytes; the lists loaded before stay in force"},
       {"Settings.ini", "Score=garbage",
        "Settings.ini was refused: it holds no score rows; the built-in settings were written in its place"},
       {"DBConfig.ini", "garbage",

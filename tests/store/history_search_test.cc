@@ -3,8 +3,9 @@
 // characters (ASCII and not, %, _, /, quotes, letters in either case, a
 // character outside the BMP) against titles and addresses made of the same
 // characters, with hidden rows, rows of two browsers, rows stored after the
-// index was last brought up to date, and after the history was emptied and
-// its row numbers began again.
+// index was last brought up to date, times of any form and dates that are
+// no number, and after the history was emptied and its row numbers began
+// again.
 
 #include <random>
 
@@ -27,25 +28,30 @@ class HistorySearchTest : public DBTest {
     return text;
   }
 
-  void AddRows(int count) {
+  // Rows of four days; one in six has a time of some other form, and with
+  // oddDates one in ten a date that is no number, which the search orders
+  // in SQL.
+  void AddRows(int count, bool oddDates = false) {
     for (int i = 0; i < count; ++i) {
       const int day = static_cast<int>(m_random() % 4);
       char stamp[40];
       std::snprintf(stamp, sizeof(stamp), "2024.03.%02d 0 %02d:%02d:00.000", 10 - day,
                     static_cast<int>(m_random() % 3), static_cast<int>(m_random() % 2));
+      const std::string time = m_random() % 6 == 0 ? RandomText(m_random() % 4) : stamp;
       StatementPtr insert = m_db.Prepare(u"insert into THistory values(null, ?, ?, 1, ?, ?, ?, ?);");
       ASSERT_TRUE(insert && insert->BindText(0, RandomText(m_random() % 8)) &&
-                  insert->BindText(1, "https://" + RandomText(1 + m_random() % 8)) && insert->BindText(2, stamp) &&
-                  insert->BindInt(3, 150000 - day) && insert->BindInt(4, m_random() % 8 == 0 ? 1 : 0) &&
+                  insert->BindText(1, "https://" + RandomText(1 + m_random() % 8)) && insert->BindText(2, time) &&
+                  (oddDates && m_random() % 10 == 0 ? insert->BindText(3, "x") : insert->BindInt(3, 150000 - day)) &&
+                  insert->BindInt(4, m_random() % 8 == 0 ? 1 : 0) &&
                   insert->BindInt(5, m_random() % 2 == 0 ? 2 : 64) && insert->Execute());
     }
   }
 
   std::vector<std::string> Searched(const std::string& text, uint32_t browser) {
-    StatementPtr stmt;
-    EXPECT_EQ(m_db.SearchHistory(FromUtf8(text), &stmt, browser), S_OK);
+    CVisitRows rows;
+    EXPECT_EQ(m_db.SearchHistory(FromUtf8(text), &rows, browser), S_OK);
     std::vector<std::string> ids;
-    while (stmt && stmt->Step()) ids.push_back(std::to_string(stmt->ColumnInt64(0)));
+    for (size_t i = 0; i < rows.Size(); ++i) ids.push_back(std::to_string(rows.Hid(i)));
     return ids;
   }
 
@@ -83,7 +89,7 @@ TEST_F(HistorySearchTest, IndexedSearchFindsExactlyWhatLikeFindsInItsOrder) {
   AddRows(60);  // not indexed yet
   ExpectSameAsLike(400);
   EXPECT_EQ(m_db.ClearHistory(), S_OK);
-  AddRows(200);
+  AddRows(200, true);
   EXPECT_EQ(UpdateHistorySearchIndex(&m_db), S_OK);
   AddRows(20);
   ExpectSameAsLike(200);

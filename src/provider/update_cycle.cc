@@ -27,6 +27,7 @@ HRESULT CCorvaneDataProviderObject::RunUpdateCycle(bool bForce) {
   // The gate: any difference of the date, forward or backward, opens it.
   if (!bForce && AsciiCompareIgnoreCaseN(begin, lastUpdate, kStampDateChars) == 0) return S_OK;
   static_cast<void>(LoadWhiteList());
+  m_db.SizeCacheFor(false);
   // The run goes ahead without the transaction should it not begin; only a
   // pair that began is ended, so a failed begin leaves the nesting count.
   const CStorageWatch watch;

@@ -46,6 +46,7 @@ HRESULT CHistoryURLsManager::SearchURLs(BSTR bstrSearch, IUnknown** lppURLs) {
   CCorvaneDB* db = m_link.Database();
   if (db == nullptr) return E_FAIL;
   const std::u16string text = BstrToString(bstrSearch);
+  db->SizeCacheFor(true);
   CStorageWatch watch;
   CVisitRows rows;
   HRESULT hr = m_link.IsIEBrowser() ? db->SearchIEHistory(text, &rows) : db->SearchHistory(text, &rows, kAllBrowsers);

@@ -240,6 +240,11 @@ class CCorvaneDB : public CSqliteDB {
   // that the next start rebuilds the file even where its check passes.
   bool StorageFailed(const CStorageWatch& watch);
 
+  // The page cache for an update (small: it reads every page once) or for
+  // the history listings and searches (large enough for the search's
+  // index, which they read again and again).
+  void SizeCacheFor(bool bSearch);
+
   // ---- State shared with the recommendation listing ----
 
   ShownDomainMap m_mapShownDomains;
@@ -253,6 +258,7 @@ class CCorvaneDB : public CSqliteDB {
                                  std::initializer_list<const char16_t*> indexColumns);
 
   std::u16string m_strConfigPath;
+  bool m_bSearchCache = false;
   std::atomic<int32_t> m_nTransactionCount{0};
 };
 

@@ -7,6 +7,8 @@
 #ifndef CORVANE_SERVING_URL_INFO_H_
 #define CORVANE_SERVING_URL_INFO_H_
 
+#include <array>
+
 #include <string>
 #include <string_view>
 
@@ -36,11 +38,14 @@ class CURLInfo final : public ComObject<IURLInfo> {
  private:
   ~CURLInfo() override = default;
 
+  // Name, URL, path and last visit time one after the other: a history
+  // search hands out thousands of records at a keystroke, and one block
+  // each costs a quarter of the allocations of four.
+  std::u16string_view Field(size_t index) const;
+
   uint32_t m_uID = 0;
-  std::u16string m_strName;
-  std::u16string m_strURL;
-  std::u16string m_strPath;
-  std::u16string m_strLastVisitTime;
+  std::u16string m_strFields;
+  std::array<size_t, 4> m_fieldEnds{};
 };
 
 }  // namespace corvane

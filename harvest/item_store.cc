@@ -43,7 +43,7 @@ const char16_t* ItemStore::Keep(std::u16string_view text) {
 void ItemStore::StartSource(uint32_t browser, std::string_view pathPrefix) {
   m_browser = browser;
   m_pathPrefix = FromUtf8(pathPrefix);
-  m_pageIds.clear();
+  m_pageIds.Clear();
   m_sourceStarts.push_back(m_visits.size());
   m_sourceFavoritesStart = m_favorites.size();
 }
@@ -53,18 +53,44 @@ void ItemStore::AbandonSource() {
   m_visits.erase(m_visits.begin() + static_cast<std::ptrdiff_t>(m_sourceStarts.back()), m_visits.end());
   for (size_t i = m_sourceFavoritesStart; i < m_favorites.size(); ++i) m_favoriteURLs.erase(m_favorites[i].GetURL());
   m_favorites.erase(m_favorites.begin() + static_cast<std::ptrdiff_t>(m_sourceFavoritesStart), m_favorites.end());
-  m_pageIds.clear();
+  m_pageIds.Clear();
 }
 
-const PageTexts* ItemStore::FindPage(int64_t pageId) const {
-  auto found = m_pageIds.find(pageId);
-  return found == m_pageIds.end() ? nullptr : found->second;
+const PageTexts* PageIndex::Find(int64_t pageId) const {
+  if (pageId >= 0 && static_cast<uint64_t>(pageId) < m_dense.size() && m_dense[static_cast<size_t>(pageId)] != nullptr) {
+    return m_dense[static_cast<size_t>(pageId)];
+  }
+  if (m_sparse.empty()) return nullptr;
+  auto found = m_sparse.find(pageId);
+  return found == m_sparse.end() ? nullptr : found->second;
 }
+
+void PageIndex::Set(int64_t pageId, const PageTexts* page) {
+  ++m_count;
+  // Numbers up to a quarter of a million, or four times the pages kept.
+  const uint64_t denseLimit = std::max<uint64_t>(4 * m_count, uint64_t{1} << 18);
+  if (pageId < 0 || static_cast<uint64_t>(pageId) >= denseLimit) {
+    m_sparse.insert_or_assign(pageId, page);
+    return;
+  }
+  const size_t index = static_cast<size_t>(pageId);
+  if (index >= m_dense.size()) m_dense.resize(index + 1, nullptr);
+  m_dense[index] = page;
+  if (!m_sparse.empty()) m_sparse.erase(pageId);
+}
+
+void PageIndex::Clear() {
+  m_dense.clear();
+  m_sparse.clear();
+  m_count = 0;
+}
+
+const PageTexts* ItemStore::FindPage(int64_t pageId) const { return m_pageIds.Find(pageId); }
 
 const PageTexts& ItemStore::KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url,
                                      uint32_t typedCount) {
   const PageTexts& page = m_pages.emplace_back(PageTexts{Keep(name), Keep(url), typedCount});
-  m_pageIds.insert_or_assign(pageId, &page);
+  m_pageIds.Set(pageId, &page);
   return page;
 }
 
@@ -164,7 +190,7 @@ void ItemStore::Clear() {
   m_sourceStarts.clear();
   m_sourceFavoritesStart = 0;
   m_pathPrefix.clear();
-  m_pageIds.clear();
+  m_pageIds.Clear();
   m_pages.clear();
   m_texts.clear();
   m_favoriteURLs.clear();

@@ -32,6 +32,24 @@
 
 namespace corvane::harvest {
 
+// The pages of one source by the browser's own number of a page. Those
+// numbers are the row numbers of the browser's page table, 1 and up: a
+// vector indexed by them finds a page in one step, where a hash map cost a
+// sixth of reading a history. A number far beyond the pages kept so far
+// (a damaged or sparse table) goes to a map instead, so that it costs no
+// more memory than the map.
+class PageIndex {
+ public:
+  const PageTexts* Find(int64_t pageId) const;
+  void Set(int64_t pageId, const PageTexts* page);
+  void Clear();
+
+ private:
+  std::vector<const PageTexts*> m_dense;
+  std::unordered_map<int64_t, const PageTexts*> m_sparse;
+  size_t m_count = 0;
+};
+
 class ItemStore {
  public:
   ItemStore() = default;
@@ -84,7 +102,7 @@ class ItemStore {
   size_t m_sourceFavoritesStart = 0;
   uint32_t m_browser = 0;
   std::u16string m_pathPrefix;
-  std::unordered_map<int64_t, const PageTexts*> m_pageIds;
+  PageIndex m_pageIds;
   std::deque<PageTexts> m_pages;
   std::unordered_set<std::u16string_view> m_texts;
   std::unordered_set<const char16_t*> m_favoriteURLs;

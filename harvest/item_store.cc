@@ -89,14 +89,14 @@ const PageTexts* ItemStore::FindPage(int64_t pageId) const { return m_pageIds.Fi
 
 const PageTexts& ItemStore::KeepPage(int64_t pageId, std::u16string_view name, std::u16string_view url,
                                      uint32_t typedCount) {
-  const PageTexts& page = m_pages.emplace_back(PageTexts{Keep(name), Keep(url), typedCount});
+  const uint16_t source = static_cast<uint16_t>(m_sourceStarts.empty() ? 0 : m_sourceStarts.size() - 1);
+  const PageTexts& page = m_pages.emplace_back(PageTexts{Keep(name), Keep(url), typedCount, m_browser, source});
   m_pageIds.Set(pageId, &page);
   return page;
 }
 
 void ItemStore::AddVisit(const PageTexts& page, int64_t unixMicros) {
-  const uint16_t source = static_cast<uint16_t>(m_sourceStarts.empty() ? 0 : m_sourceStarts.size() - 1);
-  m_visits.emplace_back(&page, unixMicros, m_browser, source);
+  m_visits.emplace_back(&page, unixMicros);
 }
 
 void ItemStore::AddFavorite(std::u16string_view name, std::u16string_view url, std::u16string_view path) {

@@ -45,7 +45,7 @@ std::u16string FormatDayLabel(std::u16string_view stamp, int64_t dayDiff) {
   return label;
 }
 
-HRESULT BuildDateGroups(const CVisitRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups) {
+HRESULT BuildDateGroups(const CHistoryRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups) {
   ComPtr<CURLArray> groups(CreateObject<CURLArray>());
   if (!groups) return E_FAIL;
   ComPtr<CURLArray> day;

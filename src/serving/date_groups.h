@@ -12,7 +12,7 @@
 #include "corvane/CorvaneDataProvider.h"
 #include "platform/com_object.h"
 #include "serving/url_array.h"
-#include "store/visit_rows.h"
+#include "store/history_rows.h"
 
 namespace corvane {
 
@@ -25,7 +25,7 @@ std::u16string FormatDayLabel(std::u16string_view stamp, int64_t dayDiff);
 // Groups the rows, in their order, by VisitDate. E_FAIL, with *lppGroups
 // untouched, when an array or title can't be created; a visit record that
 // can't be created leaves its row out.
-[[nodiscard]] HRESULT BuildDateGroups(const CVisitRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups);
+[[nodiscard]] HRESULT BuildDateGroups(const CHistoryRows& rows, uint32_t uToday, ComPtr<CURLArray>* lppGroups);
 
 }  // namespace corvane
 

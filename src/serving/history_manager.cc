@@ -20,7 +20,7 @@ HRESULT CHistoryURLsManager::CreateInstance(const IID& riid, void** ppvObject) {
   return hr;
 }
 
-HRESULT CHistoryURLsManager::HandOutGroups(const CStorageWatch& watch, const CVisitRows& rows, IUnknown** lppURLs) {
+HRESULT CHistoryURLsManager::HandOutGroups(const CStorageWatch& watch, const CHistoryRows& rows, IUnknown** lppURLs) {
   ComPtr<CURLArray> groups;
   if (FAILED(BuildDateGroups(rows, LocalDayNumberToday(), &groups))) return E_FAIL;
   CCorvaneDB* db = m_link.Database();
@@ -36,7 +36,7 @@ HRESULT CHistoryURLsManager::GetURLs(uint32_t uCount, IUnknown** lppURLs) {
   StatementPtr stmt;
   HRESULT hr = m_link.IsIEBrowser() ? db->GetIEHistory(uCount, &stmt) : db->GetHistory(uCount, &stmt);
   if (FAILED(hr) || !stmt) return E_FAIL;
-  CVisitRows rows;
+  CHistoryRows rows;
   static_cast<void>(rows.ReadAll(stmt.get()));  // in the order of the listing
   return HandOutGroups(watch, rows, lppURLs);
 }
@@ -48,7 +48,7 @@ HRESULT CHistoryURLsManager::SearchURLs(BSTR bstrSearch, IUnknown** lppURLs) {
   const std::u16string text = BstrToString(bstrSearch);
   db->SizeCacheFor(true);
   CStorageWatch watch;
-  CVisitRows rows;
+  CHistoryRows rows;
   HRESULT hr = m_link.IsIEBrowser() ? db->SearchIEHistory(text, &rows) : db->SearchHistory(text, &rows, kAllBrowsers);
   return FAILED(hr) ? E_FAIL : HandOutGroups(watch, rows, lppURLs);
 }

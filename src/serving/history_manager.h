@@ -12,7 +12,7 @@
 #include "platform/com_object.h"
 #include "serving/provider_link.h"
 #include "store/sqlite_db.h"
-#include "store/visit_rows.h"
+#include "store/history_rows.h"
 
 namespace corvane {
 
@@ -39,7 +39,7 @@ class CHistoryURLsManager final : public ComObject<IURLsManager, IHistoryURLsMan
   ~CHistoryURLsManager() override = default;
 
   // The day groups of the rows, unless the storage failed since watch began.
-  HRESULT HandOutGroups(const CStorageWatch& watch, const CVisitRows& rows, IUnknown** lppURLs);
+  HRESULT HandOutGroups(const CStorageWatch& watch, const CHistoryRows& rows, IUnknown** lppURLs);
 
   CProviderLink m_link;
 };

@@ -26,7 +26,7 @@
 #include "corvane/CorvaneDataProvider.h"
 #include "store/prepared_url.h"
 #include "store/sqlite_db.h"
-#include "store/visit_rows.h"
+#include "store/history_rows.h"
 
 class IExtractor;
 
@@ -124,11 +124,11 @@ class CCorvaneDB : public CSqliteDB {
   HRESULT ClearHistory();
   HRESULT GetHistory(uint32_t uLimit, StatementPtr* lppStmt);
   // Every visible row whose title or address holds the text, newest first.
-  HRESULT SearchHistory(std::u16string_view text, CVisitRows* lpRows, uint32_t uBrowser);
+  HRESULT SearchHistory(std::u16string_view text, CHistoryRows* lpRows, uint32_t uBrowser);
   HRESULT GetHistoryDates(uint32_t uLimit, StatementPtr* lppStmt);
   HRESULT GetHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt);
   HRESULT GetIEHistory(uint32_t uLimit, StatementPtr* lppStmt);
-  HRESULT SearchIEHistory(std::u16string_view text, CVisitRows* lpRows);
+  HRESULT SearchIEHistory(std::u16string_view text, CHistoryRows* lpRows);
   HRESULT GetIEHistoryDates(uint32_t uLimit, StatementPtr* lppStmt);
   HRESULT GetIEHistoryByDate(uint32_t uDayNumber, StatementPtr* lppStmt);
   HRESULT HideHistory(std::u16string_view urlOrAll, uint32_t uBrowser);

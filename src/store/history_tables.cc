@@ -347,11 +347,11 @@ HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, Stat
 // holds the text, by like. On THistory the rows tested are those of the
 // addresses that the search index names (history_search.h), which leaves
 // the result the same; where the index is missing, every row is tested.
-// The rows are read unordered and put newest first by CVisitRows. The rare
+// The rows are read unordered and put newest first by CHistoryRows. The rare
 // result that it can't order (a damaged date or time) is read again by the
 // plain like over every row, ordered in SQL: ordering the indexed compound
 // query in SQL would compare texts in another collation than this query.
-HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser, CVisitRows* lpRows) {
+HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser, CHistoryRows* lpRows) {
   if (lpRows == nullptr) return E_POINTER;
   const std::u16string pattern = LikePattern(text);
   if (!PatternFitsLike(db, pattern)) {
@@ -404,7 +404,7 @@ HRESULT CCorvaneDB::GetHistory(uint32_t uLimit, StatementPtr* lppStmt) {
   return ListVisible(this, schema::kHistory, uLimit, lppStmt);
 }
 
-HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, CVisitRows* lpRows, uint32_t uBrowser) {
+HRESULT CCorvaneDB::SearchHistory(std::u16string_view text, CHistoryRows* lpRows, uint32_t uBrowser) {
   return Search(this, schema::kHistory, text, uBrowser, lpRows);
 }
 
@@ -420,7 +420,7 @@ HRESULT CCorvaneDB::GetIEHistory(uint32_t uLimit, StatementPtr* lppStmt) {
   return ListVisible(this, schema::kIEHistory, uLimit, lppStmt);
 }
 
-HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, CVisitRows* lpRows) {
+HRESULT CCorvaneDB::SearchIEHistory(std::u16string_view text, CHistoryRows* lpRows) {
   return Search(this, schema::kIEHistory, text, 0, lpRows);
 }
 

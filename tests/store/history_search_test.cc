@@ -48,7 +48,7 @@ class HistorySearchTest : public DBTest {
   }
 
   std::vector<std::string> Searched(const std::string& text, uint32_t browser) {
-    CVisitRows rows;
+    CHistoryRows rows;
     EXPECT_EQ(m_db.SearchHistory(FromUtf8(text), &rows, browser), S_OK);
     std::vector<std::string> ids;
     for (size_t i = 0; i < rows.Size(); ++i) ids.push_back(std::to_string(rows.Hid(i)));

@@ -1,4 +1,4 @@
-#include "store/visit_rows.h"
+#include "store/history_rows.h"
 
 #include <sqlite3.h>
 
@@ -51,13 +51,13 @@ int CompareCodePoints(std::u16string_view a, std::u16string_view b) {
 
 }  // namespace
 
-CVisitRows::Span CVisitRows::Keep(std::u16string_view text) {
+CHistoryRows::Span CHistoryRows::Keep(std::u16string_view text) {
   Span span{static_cast<uint32_t>(m_text.size()), static_cast<uint32_t>(text.size())};
   m_text.append(text);
   return span;
 }
 
-bool CVisitRows::ReadAll(CSqliteStatement* stmt) {
+bool CHistoryRows::ReadAll(CSqliteStatement* stmt) {
   bool sortable = true;
   while (stmt->Step()) {
     sortable = sortable && stmt->ColumnType(kDateColumn) == SQLITE_INTEGER && stmt->ColumnType(kTimeColumn) == SQLITE_TEXT;
@@ -74,7 +74,7 @@ bool CVisitRows::ReadAll(CSqliteStatement* stmt) {
   return sortable;
 }
 
-bool CVisitRows::NewerThan(const Row& a, const Row& b) const {
+bool CHistoryRows::NewerThan(const Row& a, const Row& b) const {
   if (a.visitDate != b.visitDate) return a.visitDate > b.visitDate;
   if (a.stampKey != 0 && b.stampKey != 0) {
     if (a.stampKey != b.stampKey) return a.stampKey > b.stampKey;
@@ -84,11 +84,11 @@ bool CVisitRows::NewerThan(const Row& a, const Row& b) const {
   return a.hid > b.hid;
 }
 
-void CVisitRows::SortNewestFirst() {
+void CHistoryRows::SortNewestFirst() {
   std::sort(m_rows.begin(), m_rows.end(), [this](const Row& a, const Row& b) { return NewerThan(a, b); });
 }
 
-void CVisitRows::Clear() {
+void CHistoryRows::Clear() {
   m_text.clear();
   m_rows.clear();
 }

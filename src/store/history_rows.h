@@ -1,4 +1,4 @@
-// visit_rows.h: the visits of a history listing or search, read out of
+// history_rows.h: the visits of a history listing or search, read out of
 // their statement into one block of text and, for a search, put newest
 // first here rather than by SQLite.
 //
@@ -12,8 +12,8 @@
 // a statement with any other row says so, and its caller orders it in SQL
 // instead.
 
-#ifndef CORVANE_STORE_VISIT_ROWS_H_
-#define CORVANE_STORE_VISIT_ROWS_H_
+#ifndef CORVANE_STORE_HISTORY_ROWS_H_
+#define CORVANE_STORE_HISTORY_ROWS_H_
 
 #include <cstdint>
 #include <string>
@@ -24,7 +24,7 @@
 
 namespace corvane {
 
-class CVisitRows {
+class CHistoryRows {
  public:
   // Appends every row of a history statement (0 HID, 1 Name, 2 URL,
   // 4 VisitTime, 5 VisitDate). False when a row's VisitDate is no integer
@@ -67,4 +67,4 @@ class CVisitRows {
 
 }  // namespace corvane
 
-#endif  // CORVANE_STORE_VISIT_ROWS_H_
+#endif  // CORVANE_STORE_HISTORY_ROWS_H_

@@ -121,14 +121,27 @@ bool HistorySearchPhrase(std::u16string_view text, std::u16string* lpPhrase) {
 
 std::u16string IndexedHistorySearch(std::u16string_view rowFilter, bool byPhrase) {
   const std::u16string filter(rowFilter);
-  const std::u16string named =
-      byPhrase ? u"(select URL from THistoryText where ID in (select rowid from THistorySearch where THistorySearch match ?2))"
-               : u"(select URL from THistoryText where Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/')";
+  const std::u16string urlLike = u"URL like ?1 ESCAPE '/'";
+  const std::u16string nameLike = u"Name like ?1 ESCAPE '/'";
+  const std::u16string pairs =
+      byPhrase ? u"select URL from THistoryText where ID in (select rowid from THistorySearch where THistorySearch match ?2) and "
+               : u"select URL from THistoryText where ";
+  // Addresses that hold the text: every row of them is found, with no test
+  // of its own. Addresses named only by titles that hold it: their rows
+  // whose title does. Rows stored since the index was brought up to date
+  // and not of these addresses, and rows without an address, are tested
+  // whole.
+  const std::u16string byAddress = u"(" + pairs + urlLike + u")";
+  const std::u16string byTitle = u"(" + pairs + u"not " + urlLike + u" and " + nameLike + u")";
+  const std::u16string named = u"(" + pairs + u"(" + urlLike + u" or " + nameLike + u"))";
+  const std::u16string whole = u"( " + nameLike + u" or " + urlLike + u" ) and " + filter;
   const std::u16string lastIndexed = u"coalesce((select LastHID from THistorySearchState), 0)";
-  return u"select * from THistory indexed by THistory_Search where URL in " + named + u" and " + filter +
-         u" union all select * from THistory where HID > " + lastIndexed + u" and coalesce(URL in " + named +
-         u", 0) = 0 and " + filter + u" union all select * from THistory indexed by THistory_URL where URL is null and HID <= " + lastIndexed +
-         u" and " + filter;
+  return u"select * from THistory indexed by THistory_Search where URL in " + byAddress + u" and " + filter +
+         u" union all select * from THistory indexed by THistory_Search where URL in " + byTitle + u" and " + nameLike +
+         u" and " + filter + u" union all select * from THistory where HID > " + lastIndexed +
+         u" and coalesce(URL in " + named + u", 0) = 0 and " + whole +
+         u" union all select * from THistory indexed by THistory_URL where URL is null and HID <= " + lastIndexed +
+         u" and " + whole;
 }
 
 HRESULT DropHistorySearchRowIndex(CCorvaneDB* db) {

@@ -54,14 +54,16 @@ HRESULT ClearHistorySearchIndex(CCorvaneDB* db);
 bool HistorySearchPhrase(std::u16string_view text, std::u16string* lpPhrase);
 
 // The search through the index: every row of THistory that rowFilter (a
-// condition on the row, like the searched text at ?1) admits, and that is
-// one of the rows of the addresses the index names (byPhrase: those whose
-// pairs hold the phrase bound at ?2; otherwise those whose pairs the like
-// of ?1 admits, which tests each distinct pair once instead of each row) (read from an index of THistory that covers every column, so that
-// no row is looked up one by one), of the rows stored since the index was
-// last brought up to date, or of the rows without an address. In no order,
-// and without a terminating ";". Fails to prepare when a part of the index
-// is missing.
+// condition on the row other than the text) admits and whose title or
+// address holds the text bound at ?1 as a like pattern, read from the rows
+// of the addresses the index names (byPhrase: those whose pairs hold the
+// phrase bound at ?2; otherwise those whose pairs the like admits, which
+// tests each distinct pair once instead of each row). The rows of an address
+// that holds the text need no test of their own; only rows stored since the
+// index was last brought up to date and rows without an address are tested
+// whole. Rows come from an index of THistory that covers every column, so
+// that no row is looked up one by one. In no order, and without a
+// terminating ";". Fails to prepare when a part of the index is missing.
 std::u16string IndexedHistorySearch(std::u16string_view rowFilter, bool byPhrase);
 
 // A whole history stored into an empty table is indexed in one pass after

@@ -358,14 +358,15 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
     DebugLog("search text of %zu characters is too long for like", text.size());
     return E_FAIL;
   }
-  std::u16string filter = u"( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and HideDate = 0";
-  if (uBrowser != 0) filter += u" and  Browser = " + Number(uBrowser);
-  const std::u16string plain = FillTemplate(u"select * from %s where ", table) + filter;
+  std::u16string rowFilter = u"HideDate = 0";
+  if (uBrowser != 0) rowFilter += u" and  Browser = " + Number(uBrowser);
+  const std::u16string plain =
+      FillTemplate(u"select * from %s where ( Name like ?1 ESCAPE '/' or URL like ?1 ESCAPE '/' ) and ", table) + rowFilter;
   std::u16string phrase;
   StatementPtr stmt;
   if (std::u16string_view(table) == schema::kHistory) {
     const bool byPhrase = HistorySearchPhrase(text.substr(0, text.find(u'\0')), &phrase);
-    stmt = db->Prepare(IndexedHistorySearch(filter, byPhrase) + u";");
+    stmt = db->Prepare(IndexedHistorySearch(rowFilter, byPhrase) + u";");
     if (stmt && byPhrase && !stmt->BindText16(1, phrase)) return E_FAIL;
   }
   if (!stmt) stmt = db->Prepare(plain + u";");

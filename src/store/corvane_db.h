@@ -259,6 +259,20 @@ class CCorvaneDB : public CSqliteDB {
 
   std::u16string m_strConfigPath;
   bool m_bSearchCache = false;
+
+ public:
+  // The last history search: a person typing a word searches for each
+  // longer text in turn, and every row that holds the longer text holds the
+  // shorter one. Valid while the database is as it was (no change through
+  // this connection, none through another).
+  struct LastSearch {
+    std::u16string text;
+    uint32_t browser = 0;
+    int64_t changes = -1;
+    int64_t dataVersion = -1;
+    CHistoryRows rows;
+  };
+  LastSearch m_lastSearch;
   std::atomic<int32_t> m_nTransactionCount{0};
 };
 

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace corvane {
 namespace {
@@ -86,6 +87,38 @@ bool CHistoryRows::NewerThan(const Row& a, const Row& b) const {
 
 void CHistoryRows::SortNewestFirst() {
   std::sort(m_rows.begin(), m_rows.end(), [this](const Row& a, const Row& b) { return NewerThan(a, b); });
+}
+
+bool HoldsSearchedText(std::u16string_view text, std::u16string_view searched) {
+  const auto fold = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; };
+  return std::search(text.begin(), text.end(), searched.begin(), searched.end(),
+                     [&](char16_t a, char16_t b) { return fold(a) == fold(b); }) != text.end();
+}
+
+int64_t CharacterCount(std::u16string_view text) {
+  int64_t characters = 0;
+  for (size_t i = 0; i < text.size(); ++i, ++characters) {
+    const bool high = text[i] >= 0xD800 && text[i] < 0xDC00;
+    const bool low = text[i] >= 0xDC00 && text[i] < 0xE000;
+    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
+      ++i;
+    } else if (high || low) {
+      return -1;
+    }
+  }
+  return characters;
+}
+
+void CHistoryRows::KeepMatching(const CHistoryRows& from, std::u16string_view text) {
+  Clear();
+  for (const Row& row : from.m_rows) {
+    if (!HoldsSearchedText(from.Text(row.name), text) && !HoldsSearchedText(from.Text(row.url), text)) continue;
+    Row kept = row;
+    kept.name = Keep(from.Text(row.name));
+    kept.url = Keep(from.Text(row.url));
+    kept.time = Keep(from.Text(row.time));
+    m_rows.push_back(kept);
+  }
 }
 
 void CHistoryRows::Clear() {

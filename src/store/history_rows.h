@@ -24,6 +24,16 @@
 
 namespace corvane {
 
+// Whether text holds searched as like reads "%searched%" with the searched
+// text taken literally: ASCII letters in either case, any other unit as it
+// stands (which is like's character by character for a searched text with
+// no half of a surrogate pair).
+bool HoldsSearchedText(std::u16string_view text, std::u16string_view searched);
+
+// The characters of a text, a pair of surrogates counting once; -1 when it
+// holds half of a pair alone.
+int64_t CharacterCount(std::u16string_view text);
+
 class CHistoryRows {
  public:
   // Appends every row of a history statement (0 HID, 1 Name, 2 URL,
@@ -34,6 +44,11 @@ class CHistoryRows {
 
   // Newest first, as the order by above.
   void SortNewestFirst();
+
+  // The rows of from whose title or address holds text as like reads
+  // "%text%" with the text taken literally: ASCII letters in either case,
+  // any other character as it stands. In their order.
+  void KeepMatching(const CHistoryRows& from, std::u16string_view text);
 
   void Clear();
   size_t Size() const { return m_rows.size(); }

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "store/corvane_db.h"
+#include "store/history_rows.h"
 
 namespace corvane {
 namespace {
@@ -95,19 +96,7 @@ HRESULT UpdateHistorySearchIndex(CCorvaneDB* db) {
 HRESULT ClearHistorySearchIndex(CCorvaneDB* db) { return db->ExecUtf8(kClear) ? S_OK : E_FAIL; }
 
 bool HistorySearchPhrase(std::u16string_view text, std::u16string* lpPhrase) {
-  size_t characters = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char16_t unit = text[i];
-    const bool high = unit >= 0xD800 && unit < 0xDC00;
-    const bool low = unit >= 0xDC00 && unit < 0xE000;
-    if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
-      ++i;
-    } else if (high || low) {
-      return false;
-    }
-    ++characters;
-  }
-  if (characters < kMinTrigramChars) return false;
+  if (CharacterCount(text) < static_cast<int64_t>(kMinTrigramChars)) return false;
   // A phrase in double quotes takes every character as it stands; a double
   // quote inside it is written twice.
   lpPhrase->assign(1, u'"');

@@ -6,8 +6,10 @@
 // visit time has fields that form no date (month 13, 31 April), is skipped:
 // it could be neither ordered nor grouped by day.
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include "common/debug_log.h"
 #include "common/local_clock.h"
@@ -343,6 +345,20 @@ HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, Stat
       lppStmt);
 }
 
+// The most rows of a search kept for the next keystroke (a few MB): the
+// one-letter texts that find more are searched again.
+constexpr size_t kRememberedRows = 20000;
+
+// What tells whether the database changed since a search: the changes made
+// through this connection and the data version, which moves when another
+// connection commits.
+std::pair<int64_t, int64_t> DatabaseVersion(CCorvaneDB* db) {
+  int64_t dataVersion = -1;
+  StatementPtr stmt = db->Prepare(u"PRAGMA data_version;");
+  if (stmt && stmt->Step()) dataVersion = stmt->ColumnInt64(0);
+  return {sqlite3_total_changes64(db->Handle()), dataVersion};
+}
+
 // The search of the operation: every visible row whose title or address
 // holds the text, by like. On THistory the rows tested are those of the
 // addresses that the search index names (history_search.h), which leaves
@@ -351,6 +367,8 @@ HRESULT ListVisible(CCorvaneDB* db, const char16_t* table, uint32_t uLimit, Stat
 // result that it can't order (a damaged date or time) is read again by the
 // plain like over every row, ordered in SQL: ordering the indexed compound
 // query in SQL would compare texts in another collation than this query.
+// A person typing on searches for a text that holds the last one: while
+// nothing changed, its rows are found among the last search's rows.
 HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, uint32_t uBrowser, CHistoryRows* lpRows) {
   if (lpRows == nullptr) return E_POINTER;
   const std::u16string pattern = LikePattern(text);
@@ -358,6 +376,20 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
     DebugLog("search text of %zu characters is too long for like", text.size());
     return E_FAIL;
   }
+  // Typing on: the rows that hold the text are among those of the last
+  // search, whose text it holds, if nothing changed since.
+  const std::u16string_view searched = text.substr(0, text.find(u'\0'));
+  const bool cacheable = std::u16string_view(table) == schema::kHistory && CharacterCount(searched) > 0;
+  const auto version = cacheable ? DatabaseVersion(db) : std::pair<int64_t, int64_t>{-1, -1};
+  CCorvaneDB::LastSearch& last = db->m_lastSearch;
+  if (cacheable && !last.text.empty() && last.browser == uBrowser && last.changes == version.first &&
+      last.dataVersion == version.second && version.second >= 0 && HoldsSearchedText(searched, last.text)) {
+    lpRows->KeepMatching(last.rows, searched);
+    last.text.assign(searched);
+    last.rows = *lpRows;
+    return S_OK;
+  }
+  last.text.clear();
   std::u16string rowFilter = u"HideDate = 0";
   if (uBrowser != 0) rowFilter += u" and  Browser = " + Number(uBrowser);
   const std::u16string plain =
@@ -374,6 +406,9 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
   lpRows->Clear();
   if (lpRows->ReadAll(stmt.get())) {
     lpRows->SortNewestFirst();
+    if (cacheable && lpRows->Size() <= kRememberedRows) {
+      last = CCorvaneDB::LastSearch{std::u16string(searched), uBrowser, version.first, version.second, *lpRows};
+    }
     return S_OK;
   }
   lpRows->Clear();

@@ -79,6 +79,39 @@ class HistorySearchTest : public DBTest {
     EXPECT_GT(found, static_cast<size_t>(texts)) << "the texts should find rows";
   }
 
+  // A person typing words: each longer text is answered from the rows of
+  // the one before while nothing changed; between some keystrokes a row
+  // that holds the text is added here, or another connection hides the
+  // newest row found.
+  void ExpectTypingSameAsLike(int words) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(m_dir.File("db.sqlite").c_str(), &other), SQLITE_OK);
+    for (int i = 0; i < words; ++i) {
+      std::string text;
+      const uint32_t browser = i % 4 == 0 ? 64 : 0;
+      for (int typed = 0; typed < 5; ++typed) {
+        text += RandomText(1);
+        if (m_random() % 5 == 0) {
+          Exec("insert into THistory values(null, " + Quoted("typed " + text) + ", 'https://t/', 1, "
+               "'2024.03.10 0 23:00:00.000', 150000, 0, 64)");
+        }
+        const std::vector<std::string> found = Scanned(text, browser);
+        if (m_random() % 5 == 0 && !found.empty()) {
+          const std::string hide = "update THistory set HideDate = 1 where HID = " + found.front();
+          ASSERT_EQ(sqlite3_exec(other, hide.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+        }
+        ASSERT_EQ(Searched(text, browser), Scanned(text, browser)) << "typed \"" << text << "\", browser " << browser;
+      }
+    }
+    sqlite3_close(other);
+  }
+
+  static std::string Quoted(const std::string& text) {
+    std::string out = "'";
+    for (char c : text) out += c == '\'' ? std::string("''") : std::string(1, c);
+    return out + "'";
+  }
+
   std::mt19937 m_random{20261125};
 };
 
@@ -88,6 +121,7 @@ TEST_F(HistorySearchTest, IndexedSearchFindsExactlyWhatLikeFindsInItsOrder) {
   EXPECT_EQ(UpdateHistorySearchIndex(&m_db), S_FALSE);
   AddRows(60);  // not indexed yet
   ExpectSameAsLike(400);
+  ExpectTypingSameAsLike(60);
   EXPECT_EQ(m_db.ClearHistory(), S_OK);
   AddRows(200, true);
   EXPECT_EQ(UpdateHistorySearchIndex(&m_db), S_OK);

@@ -147,6 +147,8 @@ void CCorvaneDB::ConfigureHandle() {
   static_cast<void>(ExecUtf8(kPageSizePragma));
   static_cast<void>(ExecUtf8(kUpdateCachePragma));
   m_bSearchCache = false;
+  // A new handle counts its changes and data versions from the start again.
+  m_lastSearch = LastSearch{};
 }
 
 void CCorvaneDB::SizeCacheFor(bool bSearch) {

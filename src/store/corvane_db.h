@@ -24,9 +24,9 @@
 #include <vector>
 
 #include "corvane/CorvaneDataProvider.h"
+#include "store/history_rows.h"
 #include "store/prepared_url.h"
 #include "store/sqlite_db.h"
-#include "store/history_rows.h"
 
 class IExtractor;
 
@@ -241,9 +241,22 @@ class CCorvaneDB : public CSqliteDB {
   bool StorageFailed(const CStorageWatch& watch);
 
   // The page cache for an update (small: it reads every page once) or for
-  // the history listings and searches (large enough for the search's
-  // index, which they read again and again).
+  // history searches (large enough for the search's index, which they read
+  // again and again).
   void SizeCacheFor(bool bSearch);
+
+  // The last history search: a person typing a word searches for each
+  // longer text in turn, and every row that holds the longer text holds the
+  // shorter one. Valid while the database is as it was (no change through
+  // this connection, none through another); forgotten when a handle opens.
+  struct LastSearch {
+    std::u16string text;
+    uint32_t browser = 0;
+    int64_t changes = -1;
+    int64_t dataVersion = -1;
+    CHistoryRows rows;
+  };
+  LastSearch* LastHistorySearch() { return &m_lastSearch; }
 
   // ---- State shared with the recommendation listing ----
 
@@ -259,19 +272,6 @@ class CCorvaneDB : public CSqliteDB {
 
   std::u16string m_strConfigPath;
   bool m_bSearchCache = false;
-
- public:
-  // The last history search: a person typing a word searches for each
-  // longer text in turn, and every row that holds the longer text holds the
-  // shorter one. Valid while the database is as it was (no change through
-  // this connection, none through another).
-  struct LastSearch {
-    std::u16string text;
-    uint32_t browser = 0;
-    int64_t changes = -1;
-    int64_t dataVersion = -1;
-    CHistoryRows rows;
-  };
   LastSearch m_lastSearch;
   std::atomic<int32_t> m_nTransactionCount{0};
 };

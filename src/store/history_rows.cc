@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <functional>
 
 namespace corvane {
 namespace {
@@ -109,16 +108,10 @@ int64_t CharacterCount(std::u16string_view text) {
   return characters;
 }
 
-void CHistoryRows::KeepMatching(const CHistoryRows& from, std::u16string_view text) {
-  Clear();
-  for (const Row& row : from.m_rows) {
-    if (!HoldsSearchedText(from.Text(row.name), text) && !HoldsSearchedText(from.Text(row.url), text)) continue;
-    Row kept = row;
-    kept.name = Keep(from.Text(row.name));
-    kept.url = Keep(from.Text(row.url));
-    kept.time = Keep(from.Text(row.time));
-    m_rows.push_back(kept);
-  }
+void CHistoryRows::KeepHolding(std::u16string_view text) {
+  std::erase_if(m_rows, [&](const Row& row) {
+    return !HoldsSearchedText(Text(row.name), text) && !HoldsSearchedText(Text(row.url), text);
+  });
 }
 
 void CHistoryRows::Clear() {

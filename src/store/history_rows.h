@@ -45,10 +45,9 @@ class CHistoryRows {
   // Newest first, as the order by above.
   void SortNewestFirst();
 
-  // The rows of from whose title or address holds text as like reads
-  // "%text%" with the text taken literally: ASCII letters in either case,
-  // any other character as it stands. In their order.
-  void KeepMatching(const CHistoryRows& from, std::u16string_view text);
+  // Drops the rows whose title and address don't hold the text (see
+  // HoldsSearchedText); the others keep their order.
+  void KeepHolding(std::u16string_view text);
 
   void Clear();
   size_t Size() const { return m_rows.size(); }

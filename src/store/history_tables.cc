@@ -381,12 +381,12 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
   const std::u16string_view searched = text.substr(0, text.find(u'\0'));
   const bool cacheable = std::u16string_view(table) == schema::kHistory && CharacterCount(searched) > 0;
   const auto version = cacheable ? DatabaseVersion(db) : std::pair<int64_t, int64_t>{-1, -1};
-  CCorvaneDB::LastSearch& last = db->m_lastSearch;
+  CCorvaneDB::LastSearch& last = *db->LastHistorySearch();
   if (cacheable && !last.text.empty() && last.browser == uBrowser && last.changes == version.first &&
       last.dataVersion == version.second && version.second >= 0 && HoldsSearchedText(searched, last.text)) {
-    lpRows->KeepMatching(last.rows, searched);
+    last.rows.KeepHolding(searched);
     last.text.assign(searched);
-    last.rows = *lpRows;
+    *lpRows = last.rows;
     return S_OK;
   }
   last.text.clear();
@@ -397,7 +397,7 @@ HRESULT Search(CCorvaneDB* db, const char16_t* table, std::u16string_view text, 
   std::u16string phrase;
   StatementPtr stmt;
   if (std::u16string_view(table) == schema::kHistory) {
-    const bool byPhrase = HistorySearchPhrase(text.substr(0, text.find(u'\0')), &phrase);
+    const bool byPhrase = HistorySearchPhrase(searched, &phrase);
     stmt = db->Prepare(IndexedHistorySearch(rowFilter, byPhrase) + u";");
     if (stmt && byPhrase && !stmt->BindText16(1, phrase)) return E_FAIL;
   }

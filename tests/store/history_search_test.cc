@@ -131,5 +131,29 @@ TEST_F(HistorySearchTest, IndexedSearchFindsExactlyWhatLikeFindsInItsOrder) {
             Scalar("select count(*) from (select distinct URL, Name from THistory where HID <= 200)"));
 }
 
+// A file opened again counts its changes and data versions from the start.
+// Here they come back to those of the search made before it closed, with
+// the row found then hidden by another connection: that search must not be
+// taken for what the file holds now.
+TEST_F(HistorySearchTest, AFileOpenedAgainIsSearchedAfresh) {
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(m_dir.File("db.sqlite").c_str(), &other), SQLITE_OK);
+  const auto run = [&](const char* sql) { ASSERT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK); };
+  run("insert into THistory values(null, 'abc', 'https://x/', 1, '2024.03.10 0 10:00:00.000', 150000, 0, 2)");
+  ASSERT_EQ(Searched("ab", 0).size(), 1u);
+  const CCorvaneDB::LastSearch before = *m_db.LastHistorySearch();
+  ASSERT_EQ(m_db.Close(), S_OK);
+  ASSERT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), false), S_OK);
+  while (sqlite3_total_changes64(m_db.Handle()) < before.changes) Exec("insert into TFocusURL(Name, URL) values('p', 'p')");
+  run("update THistory set HideDate = 1");
+  for (int commits = 0; commits < 8 && std::stoll(Scalar("pragma data_version")) < before.dataVersion; ++commits) {
+    run("update THistory set HideDate = 1");
+  }
+  ASSERT_EQ(sqlite3_total_changes64(m_db.Handle()), before.changes);
+  ASSERT_EQ(std::stoll(Scalar("pragma data_version")), before.dataVersion);
+  EXPECT_EQ(Searched("abc", 0).size(), 0u);
+  sqlite3_close(other);
+}
+
 }  // namespace
 }  // namespace corvane::testing

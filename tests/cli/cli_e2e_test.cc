@@ -67,12 +67,7 @@ class CliTest : public ::testing::Test {
   // Runs with --json and parses stdout; fails the test on a bad document.
   Json::Value RunJson(std::vector<std::string> args) {
     args.insert(args.begin(), "--json");
-    RunResult result = Run(args);
-    EXPECT_EQ(result.status, 0) << result.err;
-    Json::Value value;
-    std::string error;
-    EXPECT_TRUE(ParseJson(result.out, &value, &error)) << error << "\n" << result.out;
-    return value;
+    return OutputJson(Run(args));
   }
 
   std::string DataFolder() const { return m_dir.File("appdata") + "/CorvaneApp"; }
@@ -321,8 +316,7 @@ TEST_F(CliTest, BrowsersListsEveryProfileAndSourcesChoosesWhatUpdatesRead) {
   std::string error;
   ASSERT_TRUE(fixture::WriteChromiumProfile(home.Path(), spec, &error) &&
               fixture::WriteFirefoxProfile(home.Path(), spec, &error)) << error;
-  Json::Value found;
-  ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
+  Json::Value found = OutputJson(browsers({"--json", "browsers"}));
   ASSERT_EQ(found["profiles"].size(), 2u) << found.toStyledString();
   EXPECT_EQ(Fields(found["profiles"][0], {"name", "browser", "bookmarks", "read"}), "chrome:Default | Google Chrome | 7 | true");
   EXPECT_EQ(Fields(found["profiles"][1], {"name", "read", "why"}),
@@ -331,7 +325,7 @@ TEST_F(CliTest, BrowsersListsEveryProfileAndSourcesChoosesWhatUpdatesRead) {
   EXPECT_TRUE(FailsWithOneLine(browsers({"sources", "chrome:Nobody"}), 2, {"'chrome:Nobody' names no profile found here"}));
   ASSERT_EQ(browsers({"sources", "firefox:default-release"}).status, 0);
   EXPECT_NE(ReadFile(DataFolder() + "/Harvest.ini").find("Read=firefox:default-release"), std::string::npos);
-  ASSERT_TRUE(ParseJson(browsers({"--json", "browsers"}).out, &found, &error)) << error;
+  found = OutputJson(browsers({"--json", "browsers"}));
   EXPECT_EQ(Fields(found["profiles"][0], {"read", "why"}) + " / " + Fields(found["profiles"][1], {"read", "why"}),
             "false | not named in Harvest.ini / true | chosen in Harvest.ini");
 }

@@ -132,15 +132,9 @@ class CliDemoTest : public ::testing::Test {
     args.insert(args.begin(), {"--data-dir", m_data.Path()});
     return RunBinary(CORVANE_CLI_BINARY, args, {{"CORVANE_APPDATA", ""}, {"CORVANE_TEST_NOW", ""}});
   }
-  // A run's output in JSON.
   Json::Value RunJson(std::vector<std::string> args) {
     args.insert(args.begin(), "--json");
-    RunResult run = Run(args);
-    EXPECT_EQ(run.status, 0) << run.err;
-    Json::Value value;
-    std::string error;
-    EXPECT_TRUE(ParseJson(run.out, &value, &error)) << error;
-    return value;
+    return OutputJson(Run(args));
   }
 
   test::TempDir m_data;

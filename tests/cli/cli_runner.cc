@@ -73,6 +73,14 @@ bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpErr
   return reader->parse(text.data(), text.data() + text.size(), lpValue, lpError);
 }
 
+Json::Value OutputJson(const RunResult& result) {
+  EXPECT_EQ(result.status, 0) << result.err;
+  Json::Value value;
+  std::string error;
+  EXPECT_TRUE(ParseJson(result.out, &value, &error)) << error << "\n" << result.out;
+  return value;
+}
+
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::stringstream text;

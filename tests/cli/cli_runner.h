@@ -31,6 +31,9 @@ RunResult RunBinary(const std::string& binary, const std::vector<std::string>& a
 // Parses text as exactly one JSON document; false with the parser's
 // message otherwise.
 bool ParseJson(const std::string& text, Json::Value* lpValue, std::string* lpError);
+// A run's standard output as one JSON document, after a run that must have
+// ended with status 0; a bad status or document fails the test.
+Json::Value OutputJson(const RunResult& result);
 
 std::string ReadFile(const std::string& path);
 // The named members of a JSON object as text, joined by " | ", so that

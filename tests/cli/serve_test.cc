@@ -26,12 +26,11 @@ namespace {
 // A child process with its standard output in a file; killed when it goes.
 class Child {
  public:
-  Child(const std::vector<std::string>& argv, const std::string& outFile, const std::vector<int>& keepFds = {}) {
+  Child(const std::vector<std::string>& argv, const std::string& outFile) {
     m_pid = fork();
     if (m_pid != 0) return;
     int out = open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (out < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(out, STDERR_FILENO) < 0) _exit(127);
-    static_cast<void>(keepFds);
     std::vector<char*> args;
     for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
@@ -73,13 +72,9 @@ class ServeTest : public ::testing::Test {
     all.insert(all.end(), args.begin(), args.end());
     return RunBinary(CORVANE_CLI_BINARY, all, {{"CORVANE_APPDATA", ""}, {"CORVANE_TEST_NOW", ""}});
   }
-  Json::Value RunJson(const std::vector<std::string>& args) {
-    std::vector<std::string> all{"--json"};
-    all.insert(all.end(), args.begin(), args.end());
-    Json::Value value;
-    std::string error;
-    EXPECT_TRUE(ParseJson(Run(all).out, &value, &error)) << error;
-    return value;
+  Json::Value RunJson(std::vector<std::string> args) {
+    args.insert(args.begin(), "--json");
+    return OutputJson(Run(args));
   }
   // A client that carries the cookie, unless told otherwise.
   httplib::Headers Cookie() const { return {{"Cookie", "corvane_token=" + m_token}}; }

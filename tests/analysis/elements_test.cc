@@ -7,11 +7,8 @@
 #include <limits>
 #include <random>
 
-#include "analysis/domain_element.h"
 #include "analysis/element_base.h"
 #include "analysis/h1_element.h"
-#include "analysis/url_elements.h"
-#include "common/utf.h"
 
 namespace corvane {
 namespace {
@@ -20,25 +17,6 @@ class ElementsTest : public ::testing::Test {
  protected:
   ~ElementsTest() override { SetElementLimits(-1, -1); }
 };
-
-template <class List, class Name>
-std::vector<std::u16string> Ranked(const List& list, Name name) {
-  std::vector<std::u16string> names;
-  list.ForEachRanked([&](int32_t index) { names.push_back(name(*list.Entries()[static_cast<size_t>(index)])); });
-  return names;
-}
-
-TEST_F(ElementsTest, URLListOfADayKeepsOnlyURLsWhoseMainDomainTheDayHolds) {
-  CEURLDomainElement day;
-  day.AddDomain(u"news.a.com/x", 300);
-  day.AddDomain(u"", 1);  // no host: nothing
-  CE1URLElement list;
-  list.AddEntry(day, u"B", u"b.com/page", u"http://b.com/page", true, 5, 9);
-  list.AddEntry(day, u"A", u"a.com/page", u"http://a.com/page", true, 5, 9);
-  EXPECT_EQ(Ranked(day, [](const DomainEntry& e) { return e.MainDomain; }), std::vector<std::u16string>{u"a.com"});
-  ASSERT_EQ(list.Entries().size(), 1u);
-  EXPECT_EQ(list.Entries()[0]->URL, u"a.com/page");
-}
 
 // A list whose comparisons are counted.
 class CountingList : public CElementBase {

@@ -56,23 +56,6 @@ TEST_F(PipelineTest, RecentOnlyUpToDayIndexSixLongStandingFromSeven) {
             std::vector<std::string>{"seven.com|153"});
 }
 
-TEST_F(PipelineTest, TheDayIndexPastTheSpanCountsInTheStatsOnly) {
-  // Today has no visits and 21 dates have: the oldest gets day index 21,
-  // one past the span of the scored tables.
-  for (int day = 9; day >= -11; --day) Visit("http://filler.com/", March(day) + " 08:00:00.000");
-  Visit("http://both.com/", "2024-03-09 10:00:00.000");
-  Visit("http://both.com/", "2024-02-18 10:00:00.000");
-  Visit("http://edge.com/", "2024-02-18 11:00:00.000");
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Scalar("select DayIndex from TPreparedURL where URL = 'edge.com'"), "21");
-  EXPECT_EQ(Scalar("select count(*) from h2 where URL = 'edge.com'") + Scalar("select count(*) from j1 where URL = 'edge.com'"),
-            "00");
-  // Its visit on index 21 still makes both.com long-standing, with 2 days
-  // and 2 visits in its score: (100 + 2) x 2.0.
-  EXPECT_EQ(Scalar("select VisitCount || ' ' || AvgVisitCount || ' ' || Score from h2 where URL = 'both.com'"),
-            "2 1 204");
-}
-
 // H1 and E2inH1 describe j1, the recent table, with e2, the recently first
 // opened sites; H2 and E3inH2 describe h2 with e3.
 TEST_F(PipelineTest, FirstOpenedSitesSplitIntoRecentAndOlderAndFeedTheCounters) {

@@ -24,26 +24,5 @@ TEST(VisitRulesTest, RepeatsWithinASecondOfTheReferenceVisitOfTheSameHost) {
   EXPECT_EQ(hosts.size(), 2u);
 }
 
-TEST(VisitRulesTest, AddLastURLAddsMergesAndIgnoresRepeats) {
-  PreparedMap map;
-  HostTimeMap hosts;
-  CPreparedURL last;
-  last.Name = u"Page";
-  last.fixedURL = u"a.com/p";
-  last.VisitTime = u"2024.03.10 0 10:00:05.000";
-  last.rowVisitCount = last.VisitCount = 2;
-  EXPECT_EQ(CUpdateDriver::AddLastURL(0, last, &map, &hosts), 0);
-  last.VisitTime = u"2024.03.10 0 10:00:04.500";
-  last.fixedURL = u"a.com/q";
-  EXPECT_EQ(CUpdateDriver::AddLastURL(0, last, &map, &hosts), E_ABORT);
-  last.fixedURL = u"a.com/p";
-  last.VisitTime = u"2024.03.10 0 10:00:00.000";
-  last.rowVisitCount = 3;
-  EXPECT_EQ(CUpdateDriver::AddLastURL(0, last, &map, &hosts), 1);
-  const CPreparedURL& record = map.at(u"a.com/p");
-  EXPECT_EQ(record.VisitCount * 100 + record.mergedRows * 10 + record.dayCount, 511);
-  EXPECT_EQ(record.VisitTime, u"2024.03.10 0 10:00:00.000");
-}
-
 }  // namespace
 }  // namespace corvane

@@ -1,8 +1,7 @@
-// The classification of the visit stream through the exports: its debug
-// lines and decisions, the rule of one second on counted visits, and visit
-// counts a browser should not deliver. Hosts that differ only in case are one
-// host for the pair decisions (a row of the table below) and two for the
-// rule of one second (visit_rules_test.cc).
+// The classification of the visit stream through the exports: the pair
+// decisions and the rule of one second on counted visits. Hosts that differ
+// only in case are one host for the pair decisions (a row of the table
+// below) and two for the rule of one second (visit_rules_test.cc).
 
 #include <algorithm>
 
@@ -18,39 +17,6 @@ class VisitStreamTest : public ProviderTest {
     return std::count(lines.begin(), lines.end(), line);
   }
 };
-
-TEST_F(VisitStreamTest, WalkInsideASiteCountsOnlyItsEntryPagesAndTellsEveryDecision) {
-  // Newest first: a file page and a folder page on one host, then a file
-  // page and the bare address of a host under another main domain.
-  Visit("http://a.example.com/page.html", "2024-03-10 10:00:03.000");
-  Visit("http://a.example.com/dir/", "2024-03-10 10:00:02.000");
-  Visit("http://b.other.org/x.html", "2024-03-10 10:00:01.000");
-  Visit("http://b.other.org/", "2024-03-10 10:00:00.000");
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Rows("select DayIndex, URL, OriginalURL from TPreparedURL"),
-            (std::vector<std::string>{"0|a.example.com/dir|http://a.example.com/dir/", "0|b.other.org|http://b.other.org/"}));
-  std::vector<std::string> lines = ClassificationLines();
-  ASSERT_EQ(lines.size(), 14u);
-  EXPECT_EQ(lines[0].rfind("Settings:[", 0), 0u) << lines[0];
-  EXPECT_EQ(lines[0].substr(lines[0].size() - 9), "][Chrome]");
-  const std::vector<std::string> kRest = {
-      "Deal Date 154566 URLs",
-      "CurrentURL:[http://a.example.com/page.html]",
-      "SetLastURL:[http://a.example.com/page.html]",
-      "CurrentURL:[http://a.example.com/dir/]",
-      "[S,F-P]Cur->Last[LastURL:a.example.com/page.html]",
-      "SetLastURL:[http://a.example.com/dir/]",
-      "CurrentURL:[http://b.other.org/x.html]",
-      "[P-F] AddLastURL[LastURL:a.example.com/dir]",
-      "AddURL(a.example.com/dir) AddOK 0",
-      "SetLastURL:[http://b.other.org/x.html]",
-      "CurrentURL:[http://b.other.org/]",
-      "[S,F-P]Cur->Last[LastURL:b.other.org/x.html]",
-      "SetLastURL:[http://b.other.org/]",
-      // The end of the date adds the bare host without a line.
-  };
-  EXPECT_EQ(std::vector<std::string>(lines.begin() + 1, lines.end()), kRest);
-}
 
 // Each case is one date with two visits, Last five seconds after Cur; Cur
 // is always counted at the end of its date. The line is the debug line of
@@ -129,31 +95,6 @@ TEST_F(VisitStreamTest, CountedVisitsFourHundredMillisecondsApartKeepEveryThird)
             (std::vector<std::string>{"a.com/d0", "a.com/d3", "a.com/d6"}));
   EXPECT_EQ(LineCount("AddURL(a.com/d1) Ignore(1s) 0X80004004"), 1);
   EXPECT_EQ(LineCount("AddURL(a.com/d3) AddOK 0"), 1);
-}
-
-TEST_F(VisitStreamTest, UntitledVisitsAreNeverCountedOnTheNormalPath) {
-  // An untitled page is no Last: nothing is decided against the row after
-  // it, and it is not added at the end of its date.
-  Visit("http://titled.com/", "2024-03-10 10:00:02.000");
-  Visit("http://untitled.com/", "2024-03-10 10:00:01.000", 1, "");
-  Visit("http://other.com/", "2024-03-09 10:00:00.000", 1, "");
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Rows("select URL from TPreparedURL"), std::vector<std::string>{"titled.com"});
-}
-
-TEST_F(VisitStreamTest, CountsBelowOneCountOnceAndHugeCountsWrapWithoutHarm) {
-  Visit("http://zero.com/", "2024-03-10 10:00:00.000", 0);
-  Visit("http://negative.com/", "2024-03-10 09:00:00.000", -5);
-  // A hostile count on two days: the sums wrap as 32-bit integers do.
-  Visit("http://huge.com/", "2024-03-09 10:00:00.000", 2147483647);
-  Visit("http://huge.com/", "2024-03-08 10:00:00.000", 2147483647);
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Rows("select URL, VisitCount from TPreparedURL where DayIndex = 0 order by URL"),
-            (std::vector<std::string>{"negative.com|1", "zero.com|1"}));
-  // A total below the minimum of recent visits leaves j1 for h2; the score
-  // is (2 x 50 - 2) x 2.0.
-  EXPECT_EQ(Scalar("select VisitCount || ' ' || Score from h2 where URL = 'huge.com'"), "-2 196");
-  EXPECT_EQ(Rows("select URL from j1 order by URL"), (std::vector<std::string>{"negative.com", "zero.com"}));
 }
 
 }  // namespace

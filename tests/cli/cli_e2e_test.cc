@@ -261,47 +261,6 @@ TEST_F(CliTest, ExplainShowsTheScoreItsPartsAndTheWhiteListGroup) {
   EXPECT_TRUE(text.status == 0 && text.out.find("No scored URL") != std::string::npos) << text.err;
 }
 
-// An empty file opens as a database, but not as one of the component's.
-TEST_F(CliTest, ExplainOnAFileThatIsNoDatabaseFailsWithOneLine) {
-  std::filesystem::create_directories(DataFolder());
-  for (const char* content : {"this is no database\n", ""}) {
-    std::ofstream(DataFolder() + "/CorvaneAppDB.db", std::ios::binary) << content;
-    EXPECT_TRUE(FailsWithOneLine(Run({"explain", "google.com"}), 1, {"CorvaneAppDB.db"}));
-  }
-  EXPECT_NE(Run({"explain", "google.com"}).err.find("not a database of the component"), std::string::npos);
-}
-
-// Thirty-two sites of the sample white list, each visited every other day:
-// eight days with visits over sixteen. The page is self-contained.
-TEST_F(CliTest, ReportIsOneSelfContainedPageOfAtMostThirtyTopSitesAndEveryDayOfTheSpan) {
-  FakeFixture fixture = SampleFixture();
-  std::vector<FakeItem>& history = fixture.history[BROWSER_CHROME];
-  history.clear();
-  for (size_t i = 0; i < 32; ++i) {
-    std::string host = fixture::PopularSites()[i].hosts[0];
-    for (const char* day : {"02-20", "02-22", "02-24", "02-26", "02-28", "03-01", "03-03", "03-06"}) {
-      history.push_back({host, "https://" + host + "/", "", std::string("2024-") + day + " 10:00:00.000", 2});
-    }
-  }
-  ASSERT_TRUE(fixture.Write(m_dir.File("fixture.json")));
-  ASSERT_EQ(Run({"update"}).status, 0);
-  ASSERT_GT(RunJson({"sites", "-n", "100"}).size(), 30u);
-  std::string file = m_dir.File("report.html");
-  EXPECT_EQ(Fields(RunJson({"report", "--html", file}), {"file", "sites", "days"}), file + " | 30 | 16");
-  std::string html = ReadFile(file);
-  size_t top = html.find("<h2>Top sites</h2>"), recent = html.find("<h2>Recent sites</h2>");
-  ASSERT_LT(top, recent);
-  size_t rows = 0;
-  for (size_t at = html.find("<tr><td>", top); at < recent; at = html.find("<tr><td>", at + 1)) ++rows;
-  EXPECT_EQ(rows, 30u);
-  // Days without visits, the leap day among them, are bars of 0.
-  for (const char* bar : {"2024-03-02: 0", "2024-02-29: 0", "2024-02-20: 32", "2024-03-06: 32"}) {
-    EXPECT_NE(html.find("<title>" + std::string(bar) + "</title>"), std::string::npos) << bar;
-  }
-  for (const char* inside : {"<svg", "<style>", "google.com"}) EXPECT_NE(html.find(inside), std::string::npos);
-  for (const char* outside : {"<script", "<link", "src="}) EXPECT_EQ(html.find(outside), std::string::npos);
-}
-
 // The profiles of a home with Chrome and Firefox, their counts, which one
 // an update reads, and the choice of sources written to Harvest.ini; a
 // home without any browser says where it looked.

@@ -192,23 +192,6 @@ TEST_F(CliDemoTest, DemoRanksTheSampleProfilesSitesInTheOrderOfTheirDaysAndKeeps
   EXPECT_NE(Run({"demo", "--help"}).out.find("holds no\ndatabase yet"), std::string::npos);
 }
 
-// The folder the demo names is a temporary one, removed at the end; the
-// application-data folder of the environment is not touched.
-TEST_F(CliDemoTest, DemoWithoutADataFolderLeavesNoneBehind) {
-  test::TempDir appData;
-  RunResult run =
-      RunBinary(CORVANE_CLI_BINARY, {"demo"}, {{"CORVANE_APPDATA", appData.Path()}, {"CORVANE_TEST_NOW", ""}});
-  ASSERT_EQ(run.status, 0) << run.err;
-  size_t at = run.out.find("Data folder:");
-  ASSERT_NE(at, std::string::npos) << run.out;
-  std::string line = run.out.substr(at, run.out.find('\n', at) - at);
-  EXPECT_NE(line.find("(removed at the end)"), std::string::npos) << line;
-  std::string folder = line.substr(line.find('/'), line.find(" (") - line.find('/'));
-  EXPECT_FALSE(fs::exists(folder)) << folder;
-  EXPECT_TRUE(fs::is_empty(appData.Path()));
-  EXPECT_NE(run.out.find("Browser read: Chrome"), std::string::npos) << run.out;
-}
-
 // Width and height from the IHDR chunk that starts every PNG file; 0 x 0
 // for anything else.
 std::pair<uint32_t, uint32_t> PngSize(const std::string& bytes) {

@@ -1,28 +1,19 @@
-// Unit tests of the host's pieces: ID and status text, UTF-8, tables, the
-// report page and its chart, URL forms, the INI reader, the data folder,
-// the guards of white-list rules, the scoring model that explain shows, and
-// the sample white list.
+// Unit tests of the host's pieces: ID and status text, UTF-8, the report
+// page and its chart, the data folder, ISO times and row IDs, and the guards
+// of white-list rules.
 
 #include <gtest/gtest.h>
-#include <json/reader.h>
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <set>
 
 #include "cli/cli_runner.h"
 #include "cli/data_folder.h"
-#include "cli/explain_data.h"
 #include "cli/host_text.h"
-#include "cli/ini_read.h"
-#include "cli/output.h"
 #include "cli/report_html.h"
 #include "cli/row_ids.h"
 #include "cli/rule_match.h"
-#include "cli/score_bands.h"
 #include "cli/time_text.h"
-#include "harvest/fixture/profile_fixture.h"
 #include "support/test_host.h"
 
 namespace corvane::cli {
@@ -100,21 +91,6 @@ TEST(RuleMatchTest, AmbiguousRuleRunsInPolynomialTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 }
 
-// A short row is padded with empty cells.
-TEST(TextTableTest, ColumnsAlignByCharactersNotBytes) {
-  EXPECT_EQ(DisplayWidth("今天"), 2u);
-  TextTable table({"A", "B"});
-  table.AddRow({"今天", "x"});
-  table.AddRow({"abcd", "y"});
-  table.AddRow({"z"});
-  std::string path = ::testing::TempDir() + "/table.txt";
-  std::FILE* out = std::fopen(path.c_str(), "w");
-  ASSERT_NE(out, nullptr);
-  table.Print(out);
-  std::fclose(out);
-  EXPECT_EQ(testing::ReadFile(path), "A     B\n今天    x\nabcd  y\nz\n");
-}
-
 TEST(ReportHtmlTest, BrowserTextIsEscapedAndOnlyWebLinksAreLinked) {
   EXPECT_EQ(EscapeHtml("<b a=\"1\">&'"), "&lt;b a=&quot;1&quot;&gt;&amp;&#39;");
   // The component restores a fixed "https://" URL with "http://" in front.
@@ -165,18 +141,6 @@ TEST(ReportHtmlTest, ChartHasADayForEveryDateOfTheSpanWithZeroForDaysWithoutVisi
   EXPECT_EQ(VisitsPerDay(days, 0).size(), static_cast<size_t>(kMaxChartDays));
 }
 
-TEST(ExplainFormsTest, FixedUrlAndHostAreTheStoredForms) {
-  const std::pair<const char*, const char*> kFixed[] = {
-      {"http://www.example.com/", "example.com"}, {"http://example.com/a/", "example.com/a"},
-      {"www.example.com", "example.com"}, {"https://www.example.com/", "https://www.example.com"}};  // https stays
-  for (const auto& [url, fixed] : kFixed) EXPECT_EQ(FixedUrlOf(url), fixed) << url;
-  // A scheme counts only at the front.
-  const std::pair<const char*, const char*> kHosts[] = {
-      {"https://Mail.Example.com:8080/inbox?x=1", "Mail.Example.com"}, {"example.com./path", "example.com"},
-      {"example.com", "example.com"}, {"a.com/go?to=http://b.com", "a.com"}, {"file:///etc/passwd", ""}};
-  for (const auto& [url, host] : kHosts) EXPECT_EQ(HostOf(url), host) << url;
-}
-
 TEST(DataFolderTest, FolderFollowsTheComponentsOrderOfVariablesAndIsMadeWithoutAProbe) {
   test::ScopedEnv appData("CORVANE_APPDATA", "/a"), dataHome("XDG_DATA_HOME", "/x"), home("HOME", "/h");
   EXPECT_EQ(DataFolderPath(), "/a/CorvaneApp");
@@ -220,66 +184,6 @@ TEST(TimeTextTest, StampsBecomeIsoTimesWithTheOffsetOfTheirInstant) {
   ASSERT_TRUE(ParseRowId("s4294967295", &kind, &number));
   EXPECT_EQ(RowId(kind, number), "s4294967295");
   for (const char* bad : {"S12", "s", "s-1", "s4294967296", "q1", "12", "s1 "}) EXPECT_FALSE(ParseRowId(bad, &kind, &number)) << bad;
-}
-
-TEST(IniReadTest, SectionsAndKeysIgnoreCaseAndValuesLoseBlanksAndQuotes) {
-  test::TempDir dir;
-  std::ofstream(dir.File("a.ini")) << "Key=outside\n[Other]\nKey=other\n[ settings ]\r\n  KEY = \"quoted value\" \r\n"
-                                      "noise line\nEmpty=\nKey=second\n";
-  std::string value;
-  ASSERT_TRUE(ReadIniValue(dir.File("a.ini"), "Settings", "key", &value));
-  EXPECT_EQ(value, "quoted value");
-  ASSERT_TRUE(ReadIniValue(dir.File("a.ini"), "Settings", "Empty", &value));
-  EXPECT_EQ(value, "");
-  EXPECT_FALSE(ReadIniValue(dir.File("a.ini"), "Settings", "Missing", &value));
-  EXPECT_FALSE(ReadIniValue(dir.File("a.ini"), "Nowhere", "Key", &value));
-  EXPECT_FALSE(ReadIniValue(dir.File("missing.ini"), "Settings", "Key", &value));
-}
-
-// Rows of the file's own are read with blanks; a day beyond the last band
-// scores nothing; a broken or missing file gives no rows. (The rows that
-// the component writes are checked against its scores by explain's tests.)
-TEST(ScoreModelTest, RowsReadWithBlanksGiveTheWorkedScoresAndABrokenOrMissingFileGivesNone) {
-  test::TempDir dir;
-  std::ofstream(dir.File("Settings.ini")) << "[Settings]\nAnalyze={0, 10,20,2,150,3.0,7,{10,2,7,7,1,15,15},"
-                                             "{0,0,0,0,0,0,0,0}};{10,12,1,1,100,0.5,1,{1},{0,0,0,0,0,0,0,0}}\n";
-  ScoreModel mine = LoadScoreModel(dir.Path());
-  EXPECT_EQ(mine.source, "Settings.ini");
-  ASSERT_EQ(mine.rows.size(), 2u);
-  EXPECT_EQ(mine.MaxDays(), 12u);
-  // Days, visits, the age of the newest day, favourite.
-  EXPECT_EQ(mine.Score(2, 5, 3, false), 150u);  // (40 + 10) x 3.0
-  EXPECT_EQ(mine.Score(2, 5, 3, true), 225u);   // and 150 % for a favourite
-  EXPECT_EQ(mine.Score(2, 5, 11, false), 25u);  // the second row's weight, the first row's points
-  EXPECT_EQ(mine.Score(2, 5, 12, false), 0u);
-  ASSERT_NE(mine.RowFor(11), nullptr);
-  EXPECT_FLOAT_EQ(mine.RowFor(11)->recencyWeight, 0.5f);
-  EXPECT_EQ(mine.RowFor(12), nullptr);
-  std::ofstream(dir.File("Settings.ini")) << "[Settings]\nAnalyze={0,10,20,2,150,3.0,7,{1},{0}};{0,10,twenty}\n";
-  ScoreModel broken = LoadScoreModel(dir.Path());
-  EXPECT_TRUE(broken.source.empty() && broken.rows.empty());
-  EXPECT_EQ(broken.Score(2, 5, 3, false), 0u);
-  EXPECT_TRUE(LoadScoreModel(dir.File("nowhere")).rows.empty());
-}
-
-// The sample white list: valid for the component's reader (JSON with
-// comments), and naming every popular site of the profile fixture builder.
-TEST(WhiteListFileTest, NamesEveryPopularSiteOfTheFixture) {
-  Json::Value root;
-  Json::Reader reader;
-  ASSERT_TRUE(reader.parse(testing::ReadFile(std::string(CORVANE_SOURCE_TREE) + "/data/WhiteList.js"), root, true))
-      << reader.getFormattedErrorMessages();
-  EXPECT_GE(root["whitelist"].size(), 100u);
-  EXPECT_GE(root["sublist"].size() * root["names"].size(), 1u);
-  std::set<std::string> mains, hosts;
-  for (const Json::Value& group : root["whitelist"]) {
-    mains.insert(group["maindomain"].asString());
-    for (const Json::Value& domain : group["domains"]) hosts.insert(domain["domain"].asString());
-  }
-  for (const fixture::PopularSite& site : fixture::PopularSites()) {
-    EXPECT_TRUE(mains.count(site.mainDomain)) << site.mainDomain;
-    for (const std::string& host : site.hosts) EXPECT_TRUE(hosts.count(host)) << host;
-  }
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
 
 namespace corvane {
 namespace {
@@ -26,22 +25,6 @@ TEST(TextUtilTest, FoldsOnlyAsciiLettersToCompareAndFind) {
   EXPECT_EQ(AsciiFindIgnoreCase(u"abc", u"c", 3), std::u16string_view::npos);
   EXPECT_EQ(AsciiFindIgnoreCase(u"abc", u"", 3), 3u);
   EXPECT_EQ(AsciiFindIgnoreCase(u"abc", u"", 4), std::u16string_view::npos);
-}
-
-// Saturated like strtol before the cut to 16 bits; a refused text (end 0)
-// leaves value and position alone.
-TEST(TextUtilTest, ScanInt16LikeScanf) {
-  const std::tuple<const char16_t*, int16_t, size_t> cases[] = {
-      {u"42.", 42, 2},   {u"  -7x", -7, 4},   {u"+005", 5, 4},  {u"65537", 1, 5},  {u"32768", -32768, 5},
-      {u"\t\n12", 12, 4}, {u"99999999999999999999", -1, 20},    {u"-99999999999999999999", 0, 21},
-      {u"", 123, 0},     {u"-", 123, 0},      {u" +", 123, 0},  {u"x1", 123, 0},   {u".5", 123, 0}};
-  for (const auto& [text, expected, end] : cases) {
-    size_t pos = 0;
-    int16_t value = 123;
-    EXPECT_EQ(ScanInt16(text, &pos, &value), end != 0);
-    EXPECT_EQ(value, expected);
-    EXPECT_EQ(pos, end);
-  }
 }
 
 }  // namespace

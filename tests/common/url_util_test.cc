@@ -78,52 +78,6 @@ TEST(UrlUtilTest, MainDomainOfHost) {
   }
 }
 
-TEST(UrlUtilTest, FullDomainEdgeCases) {
-  // "/" before "://" is no scheme; ":" at position 0 is no port; only one trailing dot goes.
-  const TextPair cases[] = {{u"a/b://c", u"a"},         {u":8080", u":8080"}, {u"example.com..", u"example.com."},
-                            {u"file:///C:/a.htm", u""}, {u"", u""},           {u"example.com?q=1", u"example.com?q=1"},
-                            {u"http://example.com#frag", u"example.com#frag"}};
-  for (const auto& [url, expected] : cases) {
-    std::u16string full = u"stale";
-    EXPECT_TRUE(GetFullDomain(url, &full));
-    EXPECT_EQ(full, expected) << ToUtf8(url);
-  }
-  std::u16string main = u"kept";
-  GetMainDomainOfURL(u"file:///C:/a.htm", &main);
-  EXPECT_EQ(main, u"kept");
-  GetMainDomainOfURL(u"https://news.example.com.cn:443/x", &main);
-  EXPECT_EQ(main, u"example.com.cn");
-}
-
-// One prefix goes per call (callers make one call per URL), bare prefixes
-// leave nothing, and flags once set stay set.
-TEST(UrlUtilTest, MakeFixedUrlTakesOnePrefixPerCallAndNeverClearsFlags) {
-  int32_t hadWww = 1, hadSlash = 1;
-  const TextPair cases[] = {{u"example.com", u"example.com"}, {u"www.www.example.com", u"www.example.com"},
-                            {u"", u""}, {u"http://", u""}, {u"http://www.", u""}, {u"www.", u""}, {u"/", u""}};
-  for (const auto& [text, fixed] : cases) {
-    std::u16string url = text;
-    MakeFixedURL(url, &hadWww, &hadSlash);
-    EXPECT_EQ(url, fixed);
-    EXPECT_EQ(hadWww + hadSlash, 2) << ToUtf8(text);
-  }
-}
-
-// The fixed form is pinned by the chain above, so restoring it must give the
-// URL back: "www." and "/" from the flags, "http://" unless the fixed URL kept
-// a scheme of its own ("://" behind a "/" is no scheme).
-TEST(UrlUtilTest, RestoreOfTheFixedFormGivesTheUrlBack) {
-  for (const char16_t* original : {u"http://example.com", u"http://www.example.com/a/", u"http://example.com//",
-                                   u"https://www.example.com/", u"https://example.com/a?b=1",
-                                   u"ftp://files.example.com/a", u"http://example.com/r?u=https://x"}) {
-    std::u16string url = original, restored;
-    int32_t hadWww = 0, hadSlash = 0;
-    MakeFixedURL(url, &hadWww, &hadSlash);
-    RestoreURL(url, hadWww, hadSlash, &restored);
-    EXPECT_EQ(restored, original);
-  }
-}
-
 TEST(UrlUtilTest, DomainDynamicAndPathPredicates) {
   // The port stays in the main domain but not in the full domain.
   const TextFlag cases[] = {{u"example.com", true},  {u"EXAMPLE.com.CN", true},  {u"localhost", true},

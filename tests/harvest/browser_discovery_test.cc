@@ -98,34 +98,6 @@ TEST_F(ProfileDiscoveryTest, FirefoxPrefersTheInstallDefault) {
                      "[Profile0]\nIsRelative=1\nPath=bbb.marked\n"), "first");
 }
 
-// A profiles.ini naming no profile with a places.sqlite: not installed.
-TEST_F(ProfileDiscoveryTest, FirefoxUnderXdgConfigWhenTheLegacyFolderIsMissing) {
-  const std::string kRoot = "/.config/mozilla/firefox";
-  WriteProfiles(true, {{kRoot + "/xdg.default-release", "xdg"}});
-  EXPECT_EQ(TagAfter(BROWSER_FIREFOX, kRoot + "/profiles.ini",
-                     "[Install11]\nDefault=xdg.default-release\n\n[Profile0]\nPath=xdg.default-release\n"), "xdg");
-  EXPECT_EQ(TagAfter(BROWSER_FIREFOX, kRoot + "/profiles.ini", "[Profile0]\nPath=nothing-here\n"), "");
-  EXPECT_FALSE(IsBrowserInstalled(BROWSER_FIREFOX));
-}
-
-// A release and an ESR installation (or a snap beside a distribution's
-// package) each have their own root and default; the person uses the one
-// whose history was written last, wherever its root comes in the search.
-// Recent writes sit in the log: a newer -wal makes its profile the newer.
-TEST_F(ProfileDiscoveryTest, FirefoxReadsTheProfileWrittenLastAcrossRoots) {
-  const std::string kLegacy = "/.mozilla/firefox", kSnap = "/snap/firefox/common/.mozilla/firefox";
-  WriteProfiles(true, {{kLegacy + "/l.default", "legacy"}, {kSnap + "/s.default", "snap"}});
-  WriteText(kLegacy + "/profiles.ini", "[Profile0]\nIsRelative=1\nPath=l.default\nDefault=1\n");
-  WriteText(kSnap + "/installs.ini", "[A1B2C3D4]\nDefault=s.default\n");
-  WriteText(kSnap + "/profiles.ini", "[Profile0]\nIsRelative=1\nPath=s.default\n");
-  WrittenMinutesAgo(kLegacy + "/l.default/places.sqlite", 60);
-  WrittenMinutesAgo(kSnap + "/s.default/places.sqlite", 5);
-  EXPECT_EQ(TagAfter(BROWSER_FIREFOX), "snap");
-  WrittenMinutesAgo(kLegacy + "/l.default/places.sqlite", 1);
-  EXPECT_EQ(TagAfter(BROWSER_FIREFOX), "legacy");
-  EXPECT_EQ(TagAfter(BROWSER_FIREFOX, kSnap + "/s.default/places.sqlite-wal", ""), "snap");
-}
-
 // profiles.ini's own install sections count too; Default=1 does not once
 // an installation names a profile.
 TEST_F(ProfileDiscoveryTest, FirefoxReadsTheProfileWrittenLastAcrossInstalls) {
@@ -164,23 +136,6 @@ class DefaultBrowserTest : public HarvestTest {
   }
   uint32_t Default() { return GetDefautBrowser(); }
 };
-
-// The case that used to depend on whether any desktop file could be seen:
-// a list whose first entry is a browser we don't read.
-TEST_F(DefaultBrowserTest, RegressionSameListGivesTheSameAnswerWithAndWithoutDesktopFiles) {
-  Write("/.config/mimeapps.list", "epiphany.desktop;chromium.desktop");
-  // Nothing installed: the names alone say nothing, nor does a profile.
-  HandChromiumHistory(Home(), "");
-  EXPECT_EQ(Default(), BROWSER_NONE);
-  EXPECT_NE(TakeDebugLog().find("no mimeapps.list names an installed browser"), std::string::npos);
-  // Only the second entry installed: it is the first installed one.
-  Install("chromium.desktop");
-  EXPECT_EQ(Default(), BROWSER_CHROME);
-  // Both installed: the first one, a browser we don't read.
-  Install("epiphany.desktop", false);
-  EXPECT_EQ(Default(), BROWSER_NONE);
-  EXPECT_NE(TakeDebugLog().find("the default browser epiphany.desktop is none we read"), std::string::npos);
-}
 
 TEST_F(DefaultBrowserTest, FirstFileWithAnInstalledEntryDecides) {
   EXPECT_EQ(Default(), BROWSER_NONE);

@@ -49,23 +49,6 @@ class DamagedFilesTest : public HarvestTest {
   }
 };
 
-TEST_F(DamagedFilesTest, MissingFilesSayWhyNothingCame) {
-  ExpectNothingBecause(BROWSER_CHROME, EXTRACT_HISTORY, "harvest: no profile of Chrome");
-  ExpectNothingBecause(BROWSER_FIREFOX, EXTRACT_FAVORITES, "harvest: no profile of Firefox");
-  ExpectNothingBecause(BROWSER_IE, EXTRACT_HISTORY, "harvest: browser 0x1 is none this library reads");
-  HandChromiumHistory(Home(), kOneChromiumVisit);
-  ASSERT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), 1u);
-  ExpectNothingBecause(BROWSER_CHROME, EXTRACT_FAVORITES, "harvest: no file " + Home() + "/.config/chromium/Default/Bookmarks");
-  // A profile whose places.sqlite is gone is no profile.
-  std::string places = HandFirefoxPlaces(Home(), kOneFirefoxVisit);
-  ASSERT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), 1u);
-  fs::remove(places);
-  ExpectNothingBecause(BROWSER_FIREFOX, EXTRACT_HISTORY, "harvest: no profile of Firefox");
-  // Sound files that hold nothing say so too.
-  HandChromiumHistory(Home(), "");
-  ExpectNothingBecause(BROWSER_CHROME, EXTRACT_HISTORY, "harvest: 0 items of kind 1 from");
-}
-
 // Truncated in the middle of its pages, or garbage where a database should
 // be. Places holds enough rows that half the file cuts through them.
 TEST_F(DamagedFilesTest, CorruptOrTruncatedHistoryAndPlacesDeliverNothing) {
@@ -298,27 +281,6 @@ TEST_F(HarvestTest, FirefoxProfileHeldOpenAndWrittenByAnotherProcess) {
   ASSERT_EQ(write(done[1], "x", 1), 1);
   EXPECT_TRUE(EndedWell(writer, {ready[0], ready[1], done[0], done[1]}));
   EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 2);
-}
-
-// A read killed during its copy leaves its folder; the next read removes
-// it, but never the folder of a process that still runs, and its own is
-// gone when it ends.
-TEST_F(HarvestTest, CopiesLeftByAKilledReadAreRemovedByTheNext) {
-  const std::string tmp = m_scratch.File("tmp");
-  SetEnv("TMPDIR", tmp.c_str());
-  const pid_t gone = fork();
-  if (gone == 0) _exit(0);
-  ASSERT_EQ(waitpid(gone, nullptr, 0), gone);
-  const std::string live = "corvane-harvest-" + std::to_string(getpid()) + "-GhIjKl";
-  for (const std::string& name : {"corvane-harvest-" + std::to_string(gone) + "-AbCdEf", live}) {
-    fs::create_directories(tmp + "/" + name);
-    std::ofstream(tmp + "/" + name + "/History") << "copy";
-  }
-  HandChromiumHistory(Home(), kOneChromiumVisit);
-  ASSERT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), 1u);
-  std::vector<std::string> left;
-  for (const fs::directory_entry& entry : fs::directory_iterator(tmp)) left.push_back(entry.path().filename());
-  EXPECT_EQ(left, std::vector<std::string>{live});
 }
 
 // The browser's side of a commit during the copy, in a child process: waits

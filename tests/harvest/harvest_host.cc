@@ -18,6 +18,16 @@
 namespace corvane::testing {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The host of a URL with a scheme.
+std::string HostOf(const std::string& url) {
+  size_t start = url.find("://") + 3;
+  return url.substr(start, url.find('/', start) - start);
+}
+
+}  // namespace
 using fixture::Family;
 
 HarvestTest::HarvestTest() {
@@ -171,11 +181,6 @@ std::string Clock(const SYSTEMTIME& t) {
   std::snprintf(text, sizeof(text), "%04d-%02d-%02d %d %02d:%02d:%02d.%03d", t.wYear, t.wMonth, t.wDay, t.wDayOfWeek,
                 t.wHour, t.wMinute, t.wSecond, t.wMilliseconds);
   return text;
-}
-
-std::string HostOf(const std::string& url) {
-  size_t start = url.find("://") + 3;
-  return url.substr(start, url.find('/', start) - start);
 }
 
 std::string ReadAll(const std::string& path) {

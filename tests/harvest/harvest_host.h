@@ -79,7 +79,6 @@ bool RunWithin(int seconds, const std::function<std::string()>& body, std::strin
 std::vector<std::string> URLs(const std::vector<Delivered>& items);
 // "YYYY-MM-DD d HH:MM:SS.mmm", d the day of the week (0: Sunday).
 std::string Clock(const SYSTEMTIME& time);
-std::string HostOf(const std::string& url);
 std::string ReadAll(const std::string& path);
 
 // Runs SQL; a failure is a test failure.

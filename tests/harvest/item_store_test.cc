@@ -1,6 +1,6 @@
-// The store of a delivery: texts that stay where they are and are kept
-// once, and the visits of several sources merged into one stream in time
-// order, where a synced copy of a visit counts once.
+// The store of a delivery: pages found by any number a browser gave them,
+// and the visits of several sources merged into one stream in time order,
+// where a synced copy of a visit counts once.
 
 #include "harvest/item_store.h"
 
@@ -11,22 +11,6 @@
 
 namespace corvane::harvest {
 namespace {
-
-TEST(ItemStoreTest, KeptTextsStayWhereTheyAreAcrossBlocksAndAreKeptOnce) {
-  ItemStore store;
-  std::vector<std::pair<const char16_t*, std::u16string>> kept;
-  for (int i = 0; i < 20000; ++i) {
-    std::u16string text = u"https://example.com/page/" + std::u16string(static_cast<size_t>(i % 97), u'x');
-    kept.emplace_back(store.Keep(text), text);
-  }
-  // Longer than a block: it gets one of its own, and the next text another.
-  for (const std::u16string& text : {std::u16string(300000, u'h'), std::u16string(u"after"), std::u16string()}) {
-    kept.emplace_back(store.Keep(text), text);
-  }
-  for (const auto& [pointer, text] : kept) ASSERT_EQ(std::u16string(pointer), text);
-  EXPECT_EQ(store.Keep(u"after"), store.Keep(std::u16string(u"after")));
-  EXPECT_EQ(kept[0].first, kept[97].first);
-}
 
 // Numbers of a page table, dense or not: one beyond the vector's reach, a
 // negative one, and one that the vector reaches once it has grown.

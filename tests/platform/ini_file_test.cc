@@ -71,18 +71,6 @@ bool RunUnprivileged(const std::function<bool()>& check) {
   return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-TEST_F(IniFileTest, MissingFileReadsDefaultsAndFirstWriteCreatesIt) {
-  EXPECT_EQ(Read(u"LastUpdate"), u"<absent>");
-  ASSERT_TRUE(Write(u"LastUpdate", u"2024.03.05 2 09:07:03.041"));
-  EXPECT_EQ(Content(), "[DBConfig]\nLastUpdate=2024.03.05 2 09:07:03.041\n");
-  EXPECT_EQ(Read(u"lastupdate"), u"2024.03.05 2 09:07:03.041");
-  // A line break in a value can't start a line of its own.
-  ASSERT_TRUE(Write(u"Name", u"a\n[DBConfig]\nLastUpdate=forged"));
-  EXPECT_EQ(Read(u"LastUpdate"), u"2024.03.05 2 09:07:03.041");
-  const std::u16string value = u"1";
-  EXPECT_FALSE(WriteProfileString(FromUtf8(m_dir.File("no/such/state.ini")), u"DBConfig", u"A", &value));
-}
-
 // Like a buffer of 260 characters: 259 and the terminator; a zero ends it.
 TEST_F(IniFileTest, ValueIsCutAt259CharactersAndAtTheFirstZero) {
   std::u16string longValue(300, u'x');
@@ -103,33 +91,6 @@ TEST_F(IniFileTest, GarbageLinesAreKeptAndOtherKeysStillRead) {
   EXPECT_EQ(Read(u"H2"), u"8");
   EXPECT_NE(Content().find("no equals sign here"), std::string::npos);
   EXPECT_EQ(Read(u"LastUpdate", u"Other"), u"wrong section");
-}
-
-TEST_F(IniFileTest, ByteOrderMarkAndEveryKindOfLineEndRead) {
-  for (const std::string content : {"\xEF\xBB\xBF[DBConfig]\nA=1\nB=2\n", "\xEF\xBB\xBF[DBConfig]\r\nA=1\r\nB=2\r\n",
-                                    "[DBConfig]\rA=1\rB=2\r", "\xEF\xBB\xBF[DBConfig]\rA=1\rB=2",
-                                    "[Other]\r\nA=9\r[DBConfig]\nA=1\r\n\rB=2",
-                                    // A second mark makes its line no header: a write must keep the first.
-                                    "\xEF\xBB\xBF\xEF\xBB\xBF[DBConfig]\n[DBConfig]\nA=1\nB=2\n"}) {
-    SCOPED_TRACE(content);
-    WriteRaw(content);
-    EXPECT_EQ(Read(u"A") + Read(u"B"), u"12");
-    // A write keeps every key, each on a line of its own.
-    ASSERT_TRUE(Write(u"C", u"3"));
-    EXPECT_EQ(Read(u"A") + Read(u"B") + Read(u"C"), u"123");
-    EXPECT_EQ(Read(u"A", u"Other"), content.starts_with("[Other]") ? u"9" : u"<absent>");
-  }
-}
-
-// A damaged file may hold a key twice. Deleting it once left the second
-// line, which a later read then took for the key.
-TEST_F(IniFileTest, NullValueDeletesEveryLineOfTheKeyInTheSection) {
-  WriteRaw("[DBConfig]\nA=1\nB=2\na = 3\n[Other]\nA=9\n[DBConfig]\nA=4\n");
-  ASSERT_TRUE(Write(u"A", nullptr));
-  EXPECT_EQ(Read(u"A"), u"<absent>");
-  EXPECT_EQ(Content(), "[DBConfig]\nB=2\n[Other]\nA=9\n[DBConfig]\nA=4\n");
-  EXPECT_TRUE(Write(u"Missing", nullptr));
-  EXPECT_EQ(Read(u"B"), u"2");
 }
 
 // A file that is there but can't be read was taken for an empty one, and the

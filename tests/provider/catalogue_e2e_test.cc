@@ -1,6 +1,6 @@
 // The component catalogue as a host sees it: every class by its CLSID, the
 // interfaces each one offers, its class object, the module's lock count,
-// managers handed out by the provider, and the library's exports.
+// and the library's exports.
 
 #include <gtest/gtest.h>
 
@@ -155,29 +155,6 @@ TEST_F(CatalogueTest, LockServerMovesTheUnloadAnswer) {
   EXPECT_EQ(component.DllCanUnloadNow(), S_FALSE);
   object.Reset();
   EXPECT_EQ(component.DllCanUnloadNow(), S_OK);
-}
-
-TEST_F(CatalogueTest, ManagersWithoutProviderFailSoundly) {
-  ComPtr<ICommonUseURLsManager> recom =
-      Query<ICommonUseURLsManager>(CreateByClsid(CLSID_CommonUseURLsManager).Get(), IID_ICommonUseURLsManager);
-  IUnknown* array = nullptr;
-  Bstr id(u"1"), name(u"A");
-  EXPECT_EQ(recom->GetRecomURLs(0, 5, &array, 1), E_FAIL);
-  EXPECT_EQ(recom->GetRecentHistory(0, 5, &array, 0), E_FAIL);
-  EXPECT_EQ(recom->HideRecommendDomain(id.Get(), 0), E_FAIL);
-  EXPECT_EQ(recom->HideSubDomain(id.Get(), 0), E_FAIL);
-  for (const CLSID* clsid : {&CLSID_CommonUseURLsManager, &CLSID_FocusURLsManager, &CLSID_HistoryURLsManager,
-                             &CLSID_FavoriteURLsManger}) {
-    ComPtr<IURLsManager> manager = Query<IURLsManager>(CreateByClsid(*clsid).Get(), IID_IURLsManager);
-    ASSERT_TRUE(manager);
-    EXPECT_EQ(manager->RemoveURL(id.Get(), 0), E_FAIL);
-    if (*clsid == CLSID_CommonUseURLsManager) continue;  // its GetURLs and ClearURLs never touch data
-    EXPECT_EQ(manager->GetURLs(0, &array), E_FAIL);
-    EXPECT_EQ(manager->ClearURLs(), E_FAIL);
-    const HRESULT added = manager->AddURL(id.Get(), name.Get(), 0);
-    EXPECT_EQ(added, *clsid == CLSID_FocusURLsManager ? E_FAIL : S_OK);
-  }
-  EXPECT_EQ(array, nullptr);
 }
 
 }  // namespace

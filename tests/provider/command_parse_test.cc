@@ -60,37 +60,5 @@ TEST(CommandParseTest, Grammar) {
   }
 }
 
-// Null or empty text finds nothing; a second text adds to the first and
-// starts without a command of its own.
-TEST(CommandParseTest, EachParseAddsToTheLast) {
-  CCommandParse parse;
-  EXPECT_EQ(parse.Parse(nullptr), 0);
-  EXPECT_EQ(parse.Parse(u""), 0);
-  EXPECT_EQ(Found(parse), "");
-  ASSERT_EQ(parse.Parse(u"free -a 1"), 1);
-  ASSERT_EQ(parse.Parse(u"more -b 2"), 1);
-  EXPECT_EQ(parse.Parse(u""), 0);
-  EXPECT_EQ(Found(parse), "-a[1] -b[2] free[free][more]");
-}
-
-// The first command of the name, ASCII case ignored; no real name finds the
-// command without a name.
-TEST(CommandParseTest, FindCommandIgnoresCaseAndTakesFirst) {
-  CCommandParse parse;
-  ASSERT_EQ(parse.Parse(u"-sEtTiNgS=Abc -ForceSettings -settings=second - x"), 1);
-  const CCommand* settings = parse.FindCommand(u"Settings");
-  ASSERT_NE(settings, nullptr);
-  ASSERT_NE(settings->GetCommandValue(0), nullptr);
-  EXPECT_EQ(*settings->GetCommandValue(0), u"Abc");
-  EXPECT_EQ(settings->GetCommandValue(1), nullptr);
-  const CCommand* force = parse.FindCommand(u"FORCESETTINGS");
-  ASSERT_NE(force, nullptr);
-  EXPECT_EQ(force->GetValueCount(), 0u);
-  EXPECT_EQ(force->GetCommandValue(0), nullptr);
-  EXPECT_EQ(parse.FindCommand(u"force"), nullptr);
-  EXPECT_EQ(parse.FindCommand(u"x"), nullptr);
-  EXPECT_EQ(Found(parse), "-settings[Abc] -forcesettings -settings[second] -[x]");
-}
-
 }  // namespace
 }  // namespace corvane

@@ -42,11 +42,6 @@ std::u16string InForceSet(std::u16string_view name, std::u16string_view version,
 
 std::u16string U16(const std::string& text) { return std::u16string(text.begin(), text.end()); }
 
-std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
 std::set<std::string> SchemaNames(const std::string& path, const char* type) {
   std::set<std::string> names;
   sqlite3* db = nullptr;
@@ -144,31 +139,6 @@ TEST_F(ProviderTest, GateRunsOncePerDateAndForceAlwaysRuns) {
   EXPECT_EQ(Config(u"LastUpdateBK"), u"2024.03.05 2 23:59:00.000");
 }
 
-TEST_F(ProviderTest, GetValueAnswersKeysOfTheConfigFile) {
-  ASSERT_EQ(Initialize(), S_OK);
-  EXPECT_EQ(GetValue(m_provider.Get(), u"LastUpdate"), kNowStamp);
-  EXPECT_EQ(GetValue(m_provider.Get(), u"lastupdate"), kNowStamp);
-  Bstr key(u"NoSuchKey"), value;
-  BSTR untouched = reinterpret_cast<BSTR>(0x1234);
-  EXPECT_EQ(m_provider->GetValue(key.Get(), &untouched), E_FAIL);
-  EXPECT_EQ(untouched, reinterpret_cast<BSTR>(0x1234));
-  EXPECT_EQ(m_provider->GetValue(nullptr, value.Put()), E_INVALIDARG);
-  EXPECT_EQ(m_provider->GetValue(key.Get(), nullptr), E_INVALIDARG);
-  EXPECT_EQ(m_provider->Uninitialize(), S_OK);
-}
-
-
-// The cycle of an Initialize scores with the set that its "Settings" saved.
-TEST_F(ProviderTest, SettingsIsSavedBeforeTheCycleScores) {
-  ScopedEnv debug("CORVANE_DEBUG", m_dir.File("debug.log").c_str());
-  const std::u16string param = u"-Settings=" + InForceSet(u"Tuned", u"1", u"77");
-  ASSERT_EQ(Initialize(&param), S_OK);
-  const std::string log = FileText(m_dir.File("debug.log"));
-  EXPECT_NE(log.find("AnalyzeProc() Settings:[Tuned]"), std::string::npos) << log;
-  EXPECT_EQ(log.find("AnalyzeProc() Settings:[Default]"), std::string::npos);
-  ASSERT_NE(log.find("!!!!!SaveSetting(Tuned)"), std::string::npos);
-  EXPECT_LT(log.find("!!!!!SaveSetting(Tuned)"), log.find("AnalyzeProc()"));
-}
 
 // Each case on a fresh data folder. "Settings" is handled first, whatever
 // the order of the text; a set is saved when it is newer than the stored
@@ -215,36 +185,6 @@ TEST_F(ProviderTest, SettingsCommandsSaveAndReload) {
     EXPECT_EQ(Settings(), c.settings);
     EXPECT_EQ(Config(u"LastUpdate"), kNowStamp);
   }
-}
-
-// DBConfig.ini may come from elsewhere: a byte-order mark, lines ended by a
-// lone CR, binary bytes, a NUL and invalid UTF-8 still leave the keys
-// readable. Its stamp of today shuts the gate even for a database that did
-// not exist: Initialize creates the schema, runs no cycle and writes nothing.
-TEST_F(ProviderTest, GetValueReadsKeysOfAConfigFileWithGarbageLines) {
-  const std::string content = "\xEF\xBB\xBF[DBConfig]\rLastUpdate=2024.03.05 2 01:00:00.000\r"
-                              "\x01\x02\xFF\xFE binary = line\r\n" + std::string("Nul=ab\0cd\n", 10) +
-                              "Bad=\xC3\x28x\r\xC3\x28=\rPlain=kept\r";
-  WriteDataFile("DBConfig.ini", content);
-  ASSERT_EQ(Initialize(), S_OK);
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table"), kSchemaTables);
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "index").size(), 11u);
-  EXPECT_EQ(GetValue(m_provider.Get(), u"LastUpdate"), u"2024.03.05 2 01:00:00.000");
-  EXPECT_EQ(GetValue(m_provider.Get(), u"Nul"), u"ab");
-  EXPECT_EQ(GetValue(m_provider.Get(), u"Bad"), u"\uFFFD(x");
-  EXPECT_EQ(GetValue(m_provider.Get(), u"Plain"), u"kept");
-  EXPECT_EQ(FileText(DataFile("DBConfig.ini")), content);
-}
-
-TEST_F(ProviderTest, GetCorvaneDBRefusesANullOutArgument) {
-  m_provider = CreateProvider();
-  ComPtr<ICorvaneDataProviderInner> inner =
-      Query<ICorvaneDataProviderInner>(m_provider.Get(), IID_ICorvaneDataProviderInner);
-  ASSERT_TRUE(inner);
-  EXPECT_EQ(inner->GetCorvaneDB(nullptr), E_POINTER);
-  IUnknown* database = nullptr;
-  EXPECT_EQ(inner->GetCorvaneDB(&database), S_OK);
-  EXPECT_NE(database, nullptr);
 }
 
 

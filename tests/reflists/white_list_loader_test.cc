@@ -84,40 +84,5 @@ TEST_F(WhiteListTest, DamagedOrLooseFilesFailAndChangeNothing) {
   EXPECT_EQ(LoadWhiteListFrom(&m_db, FromUtf8(m_dir.File("WhiteList.js"))), E_FAIL);
 }
 
-TEST_F(WhiteListTest, OnlyNamesKeepsTheOtherTablesAndCommentsAndOneMarkAreRead) {
-  const std::vector<std::string> before = Dump();
-  // An empty array is no member either. Comments are the one extension
-  // read, before, inside and after the object; a file at the cap is read.
-  std::string json = "\xEF\xBB\xBF/* lead */ {\"whitelist\": [], \"names\": [ // one\n {\"domain\": \"x.com\", \"name\": \"X\"}]} // tail";
-  json.resize(static_cast<size_t>(kMaxWhiteListBytes), ' ');
-  ASSERT_EQ(Load(json), S_OK);
-  std::vector<std::string> after = Dump();
-  EXPECT_EQ(after.back(), "TNames|'X'|'x.com'|x.com|X");
-  after.pop_back();
-  EXPECT_EQ(after, std::vector<std::string>(before.begin(), before.end() - 1));
-}
-
-TEST_F(WhiteListTest, GroupsWithoutDomainsOrWithoutMainDomainAndDomainObjectsWithoutDomain) {
-  ASSERT_EQ(Load(R"({
-    "whitelist": [
-      {"maindomain": "bare.com", "name": "Bare"},
-      {"name": "NoMain", "domains": [{"domain": "x.nomain.com", "name": "X"}]},
-      {"maindomain": "part.com", "domains": [{"name": "NoDomain"}, {"domain": "ok.part.com"}, {"domain": 9}]}
-    ],
-    "blacklist": [{"maindomain": "b.com", "name": "B"}, {"maindomain": 7, "domains": [{"domain": "x.com"}]}],
-    "sublist": [{"domains": [{"domain": "[a-z]+\\.s\\.com"}]}]
-  })"),
-            S_OK);
-  // A group without "domains" keeps its main-domain row; a group without
-  // "maindomain", or with one that is no text, adds no row at all, not even
-  // the extra one; a domain object without a text "domain" is skipped and
-  // its siblings stay. The black and sub lists are rebuilt from their
-  // arrays, which give no row.
-  EXPECT_EQ(Rows("select Name, MainDomain, Domain, SubName from TWhiteList"),
-            (std::vector<std::string>{"Bare|bare.com|bare.com|Bare", "Unknown|part.com|ok.part.com|Unknown",
-                                      "Unknown|part.com|part.com|Unknown"}));
-  EXPECT_EQ(Scalar("select count(*) from TBlackList") + Scalar("select count(*) from TSubList"), "00");
-}
-
 }  // namespace
 }  // namespace corvane::testing

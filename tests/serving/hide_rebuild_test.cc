@@ -125,21 +125,5 @@ TEST_F(HideRebuildTest, EachHideStateAcrossRebuilds) {
   EXPECT_EQ(Listing().find("www.beta.com"), std::string::npos);
 }
 
-TEST_F(HideRebuildTest, AHideWhoseRowIsGoneAfterARebuildIsForgotten) {
-  ASSERT_EQ(HideDomain("gamma.com", 0), S_OK);
-  Bstr news(u"http://news.site.net/");
-  ASSERT_EQ(m_commonUrls->RemoveURL(news.Get(), 1), S_OK);
-  // The sites leave the history: their rows are gone after the rebuild.
-  Rebuild({"alpha.com", "beta.com", "blog.me.org"});
-  EXPECT_EQ(Rows(), "alpha.com=0:954 beta.com=0:954 http://blog.me.org/=0:954");
-  // Back in the history, they come back as new rows: nothing remembered
-  // the hides.
-  Rebuild();
-  EXPECT_EQ(Rows(), "alpha.com=0:954 beta.com=0:954 gamma.com=0:954 http://blog.me.org/=0:954 "
-                    "http://news.site.net/=0:954");
-  EXPECT_EQ(Listing(), "http://blog.me.org/ Hide=0 Weight=954; http://news.site.net/ Hide=0 Weight=954; "
-                       "www.alpha.com Hide=0 Weight=954; www.beta.com Hide=0 Weight=954; www.gamma.com Hide=0 Weight=954");
-}
-
 }  // namespace
 }  // namespace corvane::test

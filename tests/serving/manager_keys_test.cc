@@ -1,8 +1,8 @@
 // Keys a host passes to the managers' hide, remove and search operations:
 // ids as text, hostile text (quotes, like's wildcards, statement separators,
-// comments, an embedded NUL, 100,000 characters), and what each hide does to
-// its row. Every call must return a status its interface allows and leave
-// every row it does not name as it stood.
+// comments, an embedded NUL, 100,000 characters). Every call must return a
+// status its interface allows and leave every row it does not name as it
+// stood.
 
 #include <functional>
 
@@ -154,56 +154,6 @@ TEST_F(ManagerKeysTest, URLWithQuotesAndWildcardsHidesItsOwnRowAlone) {
     m_db.Exec("update TRecommendURL set Hide = 0 where URL = " + Q(url));
     EXPECT_EQ(m_db.Dump(), before);
   }
-}
-
-// The two halves of the flag: the low half names the key (an id; for
-// RemoveURL 1 is a URL), the high half hides for good (0) or until the
-// next rebuild, lowering the score to 0.7 of itself once.
-TEST_F(ManagerKeysTest, HidesSetTheStateAndScoreOfTheirRow) {
-  Bstr one(u"1");
-  const std::string before = m_db.Dump();
-  EXPECT_EQ(m_common->HideRecommendDomain(one.Get(), 1), E_FAIL);
-  EXPECT_EQ(m_common->HideSubDomain(one.Get(), 2), E_FAIL);
-  EXPECT_EQ(m_commonUrls->RemoveURL(one.Get(), 2), E_FAIL);
-  EXPECT_EQ(m_common->HideRecommendDomain(nullptr, 0), E_INVALIDARG);
-  EXPECT_EQ(m_common->HideSubDomain(nullptr, 0), E_INVALIDARG);
-  EXPECT_EQ(m_commonUrls->RemoveURL(nullptr, 0), E_INVALIDARG);
-  EXPECT_EQ(m_db.Dump(), before);
-
-  m_db.Exec("update TRecommendDomain set Hide = -1, Score = 50 where rowid = -1;"
-            "update TRecommendDomain set Score = 5 where rowid = " + std::string(kMax) + ";");
-  struct Step {
-    char kind;  // D HideRecommendDomain, S HideSubDomain, U RemoveURL
-    const char16_t* key;
-    uint32_t flag;
-  };
-  const Step steps[] = {
-      {'D', u"1", 0},
-      {'D', u" +0002 ", 0x00010000},
-      {'D', u"2", 0x00010000},  // hidden already: nothing moves, whatever is asked
-      {'D', u"2", 0},
-      {'D', u"-1", 0x00010000},  // lowered before: keeps its score
-      {'D', u"9223372036854775807", 0x00010000},
-      {'S', u"1", 0x00020000},
-      {'U', u"1", 0},
-      {'U', u"http://u2/", 0x00010001},
-  };
-  for (const Step& step : steps) {
-    Bstr key(step.key);
-    EXPECT_EQ(step.kind == 'D'   ? m_common->HideRecommendDomain(key.Get(), step.flag)
-              : step.kind == 'S' ? m_common->HideSubDomain(key.Get(), step.flag)
-                                 : m_commonUrls->RemoveURL(key.Get(), step.flag),
-              S_OK)
-        << step.kind << " " << step.flag;
-  }
-  // "Hide:Score" of rows -1, 1, 2 and the largest; SQLite rounds 5 * 0.7 up.
-  const auto states = [&](const char* table, const char* rank) {
-    return m_db.Scalar(std::string("select group_concat(s, ' ') from (select Hide || ':' || ") + rank + " as s from " +
-                       table + " order by rowid)");
-  };
-  EXPECT_EQ(states("TRecommendDomain", "Score"), "2:50 1:100 2:70 2:4");
-  EXPECT_EQ(states("TSubDomain", "Score"), "0:100 2:70 0:100 0:100");
-  EXPECT_EQ(states("TRecommendURL", "Weight"), "0:100 1:100 2:70 0:100");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-// The recommendation and recent listings as a host sees them: records of the
-// three stages, the promotion of a bare main domain, the shown set across
-// calls and managers, the focus split, and records a host keeps beyond the
-// provider.
+// The recommendation and recent listings as a host sees them: sub-sites,
+// the promotion of a bare main domain, the shown set across calls and
+// managers, bad arguments, and records a host keeps beyond the provider.
 
 #include "serving/serving_host.h"
 
@@ -47,25 +46,6 @@ class RecomListingTest : public ServingTest {
     return ComPtr<IUnknown>(array);
   }
 };
-
-// Every eligible domain is listed whatever uCount says; later stages are
-// skipped. Domains go by score, then by the later visit, then by ascending
-// main domain.
-TEST_F(RecomListingTest, StageOneHasNoBoundAndTiesComeInAscendingMainDomain) {
-  for (const char* main : {"zeta.com", "alpha.com", "mid.com", "b5.com", "b4.com", "b3.com", "b2.com", "b1.com"}) {
-    AddDomain(main, main, main[0] == 'b' ? 50 + main[1] - '0' : 100, main, main);
-  }
-  AddDomain("late.com", "late.com", 100, "Late", "Late", kSomeTime + 1);
-  AddDomain("top.com", "top.com", 101, "Top", "Top");
-  AddSubDomain("blog.other.com", "other.com", 500, "Blog");
-  AddURL("Page", "http://www.third.com/a", "www.third.com", "third.com", 900);
-  ComPtr<IUnknown> result = Recom(1, 0);
-  EXPECT_EQ(URLs(result.Get()), "www.top.com www.late.com www.alpha.com www.mid.com www.zeta.com www.b5.com www.b4.com "
-                                "www.b3.com www.b2.com www.b1.com");
-  // With the row's ID; no TZS row: no "SubDomain" key.
-  EXPECT_EQ(Show(Item(result.Get(), 0).Get(), {"WhiteList", "Weight", "MainDomain", "SubDomain"}),
-            "10|Top|www.top.com WhiteList=1 Weight=101 MainDomain=top.com SubDomain=-");
-}
 
 TEST_F(RecomListingTest, BareMainDomainScoringHigherIsPromoted) {
   const std::pair<uint32_t, const char*> cases[] = {
@@ -137,40 +117,6 @@ TEST_F(RecomListingTest, ShownSetCarriesAcrossCallsAndManagersUntilFocusRequest)
   EXPECT_EQ(URLs(Recom(10, 0).Get()), "www.one.com blog.two.com http://www.three.com/x http://four.com/");
 }
 
-// An entry names a site by the column of its stage: the main domain of a
-// domain, the domain of a sub-domain, the URL of a single URL. One that
-// names another column of a row moves nothing.
-TEST_F(RecomListingTest, FocusEntryMovesSiteBetweenTheHalves) {
-  AddDomain("one.com", "one.com", 100, "One", "One");
-  AddDomain("other.com", "other.com", 95, "Other", "Other");
-  AddSubDomain("blog.two.com", "two.com", 90, "Two Blog");
-  AddSubDomain("blog.five.com", "five.com", 85, "Five Blog");
-  AddURL("Three", "http://www.three.com/x", "www.three.com", "three.com", 80);
-  AddURL("Four", "http://www.four.com/y", "www.four.com", "four.com", 60);
-  // IDs 1 to 8: the first names no site, the last four other columns.
-  for (const char16_t* url : {u"unrelated.net", u"one.com", u"blog.two.com", u"http://www.three.com/x", u"five.com",
-                              u"www.four.com", u"four.com", u"www.four.com/y"}) {
-    Bstr text(url), name(u"Pinned");
-    ASSERT_EQ(m_focus->AddURL(text.Get(), name.Get(), 0), S_OK);
-  }
-  // Bit 0 twice in a row gives the same records.
-  for (int round = 0; round < 2; ++round) {
-    EXPECT_EQ(ShowAll(Recom(10, 1).Get(), {"FocusID", "WhiteList"}),
-              "1|One|www.one.com FocusID=2 WhiteList=1; 1|Two Blog|blog.two.com FocusID=3 WhiteList=2; "
-              "1|Three|http://www.three.com/x FocusID=4 WhiteList=0");
-  }
-  EXPECT_EQ(ShowAll(Recom(10, 0).Get(), {"FocusID"}),
-            "2|Other|www.other.com FocusID=-; 2|Five Blog|blog.five.com FocusID=-; 2|Four|http://www.four.com/y FocusID=-");
-  // Without their entries (by id, by URL) the sites are back in the second half.
-  Bstr id(u"2"), sub(u"blog.two.com"), url(u"http://www.three.com/x");
-  ASSERT_EQ(m_focus->RemoveURL(id.Get(), 0), S_OK);
-  ASSERT_EQ(m_focus->RemoveURL(sub.Get(), 1), S_OK);
-  ASSERT_EQ(m_focus->RemoveURL(url.Get(), 1), S_OK);
-  EXPECT_EQ(Count(Recom(10, 1).Get()), 0u);
-  EXPECT_EQ(URLs(Recom(10, 0).Get()), "www.one.com www.other.com blog.two.com blog.five.com http://www.three.com/x "
-                                      "http://www.four.com/y");
-}
-
 TEST_F(RecomListingTest, ArgumentsEmptyTablesAndAMissingTable) {
   // Dropped before the component read the schema: the URLs alone don't do.
   m_db.Exec("drop table TRecentDomain;");
@@ -188,22 +134,6 @@ TEST_F(RecomListingTest, ArgumentsEmptyTablesAndAMissingTable) {
   EXPECT_EQ(m_commonUrls->GetURLs(5, &array), E_NOTIMPL);
   EXPECT_EQ(array, nullptr);
   EXPECT_EQ(m_commonUrls->ClearURLs(), S_OK);
-}
-
-class IEPendingTest : public RecomListingTest {
- protected:
-  std::string ConfigLines() const override { return "ExtractBrowser=ie\n"; }
-};
-
-TEST_F(IEPendingTest, OnlyURLsByVisitCountWhileNoIEVisitWasMerged) {
-  AddDomain("one.com", "one.com", 100, "One", "One");
-  AddURL("Heavy", "http://a.com/", "a.com", "a.com", 10, 50);
-  AddURL("Light", "http://b.com/", "b.com", "b.com", 90, 5);
-  EXPECT_EQ(URLs(Recom(10, 0).Get()), "http://a.com/ http://b.com/");
-  // Once a merge has added IE visits, all stages run and URLs go by weight.
-  WriteConfig("ExtractBrowser=ie\nIEHistoryAdded=2024.03.05\n");
-  EXPECT_EQ(Count(Recom(10, 1).Get()), 0u);
-  EXPECT_EQ(URLs(Recom(10, 0).Get()), "www.one.com http://b.com/ http://a.com/");
 }
 
 // Recent domains first, then recent URLs, one record per main domain, with

@@ -29,9 +29,6 @@ class SeedDb {
   std::string Scalar(const std::string& sql);
   // Every row of every table, in rowid order, as text.
   std::string Dump();
-  // A run-time limit of this connection's SQLite, such as
-  // SQLITE_LIMIT_LIKE_PATTERN_LENGTH; the component's library is the same.
-  int Limit(int id) const { return sqlite3_limit(m_db.get(), id, -1); }
 
  private:
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> m_db{nullptr, sqlite3_close};

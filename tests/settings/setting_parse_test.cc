@@ -27,21 +27,6 @@ std::u16string RowWith(const std::u16string& count, const std::u16string& list) 
   return u"{0,3,50,1,130,2.0," + count + u",{" + list + u"},{0,0,0,0,0,0,0,0}}";
 }
 
-TEST(ParseScoreRowsTest, ResultZeroForALastRowOneForATrailingEmptyPiece) {
-  const std::u16string a = kRowA, b = u"{3,9,40,2,120,1.5,3,{5,6,7},{1,2,3,4,5,6,7,8}}";
-  const std::tuple<std::u16string, int32_t, size_t> cases[] = {
-      {a + u";" + b, 0, 2}, {a + u";" + b + u";", 1, 2}, {a + u";;" + b, 1, 1}, {u"", 1, 0},
-      {a + u";{1,2};" + b, E_FAIL, 1}, {a + u";" + RowWith(u"2147483647", u"1"), E_FAIL, 1},
-      // Blanks and line breaks are ignored.
-      {a + u"; {3, 9,40,2,\t120,1.5,3,\r\n{5,6, 7},{1,2,3,4,5,6,7,8}} ;", 1, 2}};
-  for (const auto& [text, result, count] : cases) {
-    std::vector<ScoreRow> rows(3);
-    EXPECT_EQ(CSettingParse::ParseScoreRows(text, &rows), result) << ToUtf8(text);
-    ASSERT_EQ(rows.size(), count);
-    EXPECT_TRUE(count < 2 || rows[1].Params == Numbers({5, 6, 7}));
-  }
-}
-
 // A list of at most 259 characters holds at most 130 numbers. A count far
 // above that once had its zeros allocated before the list was looked at, and
 // the allocation failure took the host down.
@@ -65,24 +50,6 @@ TEST(ParseScoreRowTest, ParamCountMustMatchTheListAndStayWithin130) {
     EXPECT_EQ(CSettingParse::ParseScoreRow(text, &row), result) << ToUtf8(text.substr(0, 40));
     EXPECT_EQ(result == 0 ? row.Params : Numbers{}, params);
   }
-}
-
-TEST(SplitSettingTextTest, FieldsAndTheBarsThatAreRequired) {
-  std::u16string n, d, s, t = u"stale", v;
-  EXPECT_EQ(CSettingParse::SplitSettingText(nullptr, &n, &d, &s, &t, &v), E_INVALIDARG);
-  // Name and Default may stand anywhere but need a bar behind them; Score
-  // comes behind Ver and needs a bar; Setting may be missing.
-  const std::pair<const char16_t*, HRESULT> cases[] = {
-      {u"Ver@1|Score@x|Default@no|Name@n|", S_OK},   {u"Default@no|Ver@1|Score@x|Name@n", E_FAIL},
-      {u"Name@n|Default@no|Score@x|Ver@1|", E_FAIL}, {u"Name@n|Default@no|Ver@1|Score@x", E_FAIL},
-      {u"Name@n|Default@no|Ver@1|Score@x|", S_OK}};
-  for (const auto& [text, hr] : cases) EXPECT_EQ(CSettingParse::SplitSettingText(text, &n, &d, &s, &t, &v), hr);
-  EXPECT_EQ(t, u"");
-  // Keys are found without case and inside longer words; a value runs to the
-  // next bar, or to the end of the text.
-  EXPECT_EQ(CSettingParse::SplitSettingText(u"NAME@n|default@TRUE|OldVer@7|score@x|SETTING@y", &n, &d, &s, &t, &v),
-            S_OK);
-  EXPECT_EQ(n + d + v + s + t, u"nTRUE7xy");
 }
 
 class SettingParseFileTest : public test::SettingsTestBase {};
@@ -113,21 +80,6 @@ TEST_F(SettingParseFileTest, NamedSetIsSavedForANewerVersionOrByForceOverZeroAnd
   // The marker at the start is part of an ordinary name.
   EXPECT_EQ(Save(v0.replace(0, 9, u"Name@-Delete"), 1), S_OK);
   EXPECT_TRUE(Exists("-Delete"));
-}
-
-TEST_F(SettingParseFileTest, DefaultSetGoesIntoTheFileInForce) {
-  WriteKey(u"Name", u"stale", u"Default");
-  EXPECT_EQ(Save(kDefaultSettingText, 1), kSettingInForce);
-  EXPECT_FALSE(Exists("Default"));
-  EXPECT_EQ(ReadKey(u"Name") + ReadKey(u"Default"), u"Defaulttrue");
-  std::u16string work = kWorkV5;
-  EXPECT_EQ(Save(work.replace(work.find(u"Default@false"), 13, u"Default@TRUE"), 0), kSettingInForce);
-  EXPECT_FALSE(Exists("Work"));
-  EXPECT_EQ(ReadKey(u"Name") + ReadKey(u"Version"), u"Work5");
-  // Refused as not newer, the set still deletes its named copy.
-  WriteKey(u"Version", u"5", u"Default");
-  EXPECT_EQ(Save(kDefaultSettingText, 1), S_FALSE);
-  EXPECT_FALSE(Exists("Default"));
 }
 
 TEST_F(SettingParseFileTest, TextThatDoesNotParseIsRefused) {

@@ -26,12 +26,7 @@ class SettingsTestBase : public ::testing::Test {
   }
   std::u16string SettingsPath(const std::u16string& name = u"") const { return FromUtf8(SettingsFile(ToUtf8(name))); }
   bool Exists(const std::string& name = "") const { return PathFileExists(FromUtf8(SettingsFile(name))); }
-  // Writes a whole Settings.ini by hand.
-  void WriteRawFile(const std::string& content) const { std::ofstream(SettingsFile()) << content; }
 
-  std::u16string ReadKey(const std::u16string& key, const std::u16string& name = u"") const {
-    return ReadProfileString(SettingsPath(name), u"Settings", key, u"<missing>", 4096);
-  }
   // Sets the key; a null value deletes it.
   void WriteKey(const std::u16string& key, const char16_t* value, const std::u16string& name = u"") const {
     const std::u16string text = value != nullptr ? value : u"";

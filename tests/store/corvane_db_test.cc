@@ -1,5 +1,5 @@
-// The database object's own steps: opening, the nesting transaction pair,
-// tables and indexes, statements, and the keys of DBConfig.ini.
+// The database object's own steps: opening an existing file, the nesting
+// transaction pair, and the keys of DBConfig.ini.
 
 #include <functional>
 
@@ -37,15 +37,6 @@ void CorvaneDBTest::ExpectPairBeginsAndCommits() {
   EXPECT_TRUE(m_db.BeginTransaction() && InTransaction());
   EXPECT_TRUE(m_db.EndTransaction() && !InTransaction());
   EXPECT_EQ(std::to_string(counter.begins) + std::to_string(counter.commits), "11");
-}
-
-TEST_F(CorvaneDBTest, OpenTwiceReportsAlreadyOpenAndReopenEmptiesShownDomains) {
-  m_db.m_mapShownDomains[u"example.com"] = 1;
-  EXPECT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), false), S_FALSE);
-  EXPECT_EQ(m_db.m_mapShownDomains.size(), 1u);
-  EXPECT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), true), S_OK);
-  EXPECT_TRUE(m_db.m_mapShownDomains.empty());
-  EXPECT_EQ(std::vector<HRESULT>({m_db.Close(), m_db.Close()}), std::vector<HRESULT>({S_OK, S_FALSE}));
 }
 
 TEST_F(CorvaneDBTest, NestingPairIssuesOneBeginAndCommitsAtTheLastEnd) {
@@ -108,39 +99,6 @@ TEST_F(CorvaneDBTest, OpeningAnExistingFileChangesNoData) {
   ASSERT_EQ(m_db.Close(), S_OK);
   ASSERT_EQ(m_db.Open(FromUtf8(m_dir.File("db.sqlite")), false), S_OK);
   EXPECT_EQ(snapshot(), before);
-}
-
-TEST_F(CorvaneDBTest, CreateIndexListsItsColumnsInOrder) {
-  Exec("drop index if exists TFavorite_URL_Name_Path");
-  ASSERT_EQ(m_db.CreateIndex(u"TFavorite", u"URL", u"Name", u"Path"), S_OK);
-  EXPECT_EQ(Rows("select name from pragma_index_info('TFavorite_URL_Name_Path') order by seqno"),
-            (std::vector<std::string>{"URL", "Name", "Path"}));
-  // The second column alone, with the third left out.
-  ASSERT_EQ(m_db.CreateIndex(u"TFavorite", u"Name", u"Path"), S_OK);
-  EXPECT_EQ(Rows("select name from pragma_index_info('TFavorite_Name_Path') order by seqno"),
-            (std::vector<std::string>{"Name", "Path"}));
-  EXPECT_EQ(m_db.CreateIndex(nullptr, u"URL"), E_INVALIDARG);
-  EXPECT_EQ(m_db.CreateIndex(u"THistory", u"URL"), E_FAIL);  // exists since Open
-}
-
-TEST_F(CorvaneDBTest, StatementsExecuteStepAndFail) {
-  // Execute of a select fails with SQLITE_DONE; an insert whose quoted value
-  // holds the word is taken for a select too.
-  EXPECT_FALSE(m_db.Prepare(u"select URL from THistory")->Execute());
-  EXPECT_EQ(LastSqliteError().Code(), SQLITE_DONE);
-  EXPECT_FALSE(m_db.Prepare(u"insert into TFocusURL(Name, URL) values('Select', 'x')")->Execute());
-  EXPECT_EQ(Scalar("select count(*) from TFocusURL"), "1");
-  // Preparing nothing keeps the last error.
-  EXPECT_FALSE(m_db.Prepare(u"select * from NoSuchTable"));
-  const int32_t code = LastSqliteError().Code();
-  EXPECT_NE(code, 0);
-  EXPECT_FALSE(m_db.Prepare(u""));
-  EXPECT_EQ(LastSqliteError().Code(), code);
-  // The end of the rows resets the statement.
-  StatementPtr stmt = m_db.Prepare(u"select Name, URL, ID from TFocusURL");
-  ASSERT_TRUE(stmt);
-  EXPECT_EQ(std::vector<bool>({stmt->Step(), stmt->Step(), stmt->Step(), stmt->BindInt(5, 1)}),
-            std::vector<bool>({true, false, true, false}));
 }
 
 TEST_F(CorvaneDBTest, ConfigKeysAreCutAt259CharactersAndDeletedByANullValue) {

@@ -1,6 +1,6 @@
-// TFavorite and TFocusURL: one favourite per fixed URL, name and path; the
-// focus list and its numbering. The listing and the hides are pinned through
-// the managers of the serving suite.
+// TFavorite: one favourite per fixed URL, name and path. The focus list,
+// the listing and the hides are pinned through the managers of the serving
+// suite.
 
 #include "intake/scripted_extractor.h"
 #include "store/db_fixture.h"
@@ -44,23 +44,6 @@ TEST_F(FavoriteTablesTest, OneRowPerFixedURLNameAndPathAndAHiddenOneStaysHidden)
   EXPECT_EQ(m_db.IsFavoriteURL(u"other.example.com"), S_FALSE);
   EXPECT_EQ(m_db.FindFavorite(u"example.com", u"Example", u"Other bookmarks"), S_OK);
   EXPECT_EQ(m_db.FindFavorite(u"example.com", u"", u"Other bookmarks"), S_FALSE);
-}
-
-TEST_F(FavoriteTablesTest, FocusAddFindRemoveAndClearStartsTheIDAtOneAgain) {
-  // Calls in a braced list run in order.
-  EXPECT_EQ(std::vector<HRESULT>({m_db.AddFocusURL(u"Mail", u"mail.example.com"), m_db.AddFocusURL(u"Mail", u"mail.example.com"),
-                                  m_db.AddFocusURL(u"O'Brien's", u"ob.example.com"),
-                                  m_db.FindFocusURL(u"O'Brien's", u"ob.example.com"), m_db.FindFocusURL(u"Mail", u"ob.example.com"),
-                                  m_db.RemoveFocusByID(u"2; delete from TFocusURL")}),
-            std::vector<HRESULT>({S_OK, S_FALSE, S_OK, S_OK, S_FALSE, E_FAIL}));
-  EXPECT_EQ(Scalar("select count(*) from TFocusURL"), "2");
-  EXPECT_EQ(std::vector<HRESULT>({m_db.RemoveFocusByID(u"1"), m_db.RemoveFocusURL(u"nothing.example.com"),
-                                  m_db.RemoveFocusURL(u"ob.example.com"), m_db.AddFocusURL(u"Again", u"again.example.com")}),
-            std::vector<HRESULT>({S_OK, S_OK, S_OK, S_OK}));
-  EXPECT_EQ(Rows("select ID, Name from TFocusURL"), std::vector<std::string>{"3|Again"});
-  EXPECT_EQ(m_db.ClearFocusURLs(), S_OK);
-  EXPECT_EQ(m_db.AddFocusURL(u"First", u"first.example.com"), S_OK);
-  EXPECT_EQ(Scalar("select ID from TFocusURL"), "1");
 }
 
 }  // namespace

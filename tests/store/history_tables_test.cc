@@ -100,25 +100,6 @@ TEST_F(HistoryTablesTest, IEMergeDecisionTable) {
   EXPECT_EQ(Config(u"IEHistoryAddedBK"), "2024.03.10");
 }
 
-// The stamp took the extractor's weekday. 5 March 2024 is a Tuesday (2): a
-// 6 sorted the 09:00 visit above the later ones as text, so max(VisitTime)
-// missed the newest visit and the same delivery was stored again.
-TEST_F(HistoryTablesTest, WrongWeekdaysOfTheExtractorDoNotStoreADeliveryTwice) {
-  auto at = [](uint16_t hour, uint16_t weekday) { return SYSTEMTIME{2024, 3, weekday, 5, hour, 0, 0, 0}; };
-  Visit(u"http://a.example.com/", at(9, 6));
-  Visit(u"http://b.example.com/", at(10, 2));
-  Visit(u"http://c.example.com/", at(11, 12));
-  ASSERT_EQ(AddNew(), S_OK);
-  EXPECT_EQ(Rows("select VisitTime from THistory order by VisitTime desc"),
-            (std::vector<std::string>{"2024.03.05 2 11:00:00.000", "2024.03.05 2 10:00:00.000",
-                                      "2024.03.05 2 09:00:00.000"}));
-  ASSERT_EQ(AddNew(), S_OK);
-  EXPECT_EQ(Config(u"AddHistoryCount"), "0");
-  // The IE snapshot gets the same stamps.
-  ASSERT_EQ(Merge(u"http://ie.example.com/", at(8, 5), 1), S_OK);
-  EXPECT_EQ(Scalar("select VisitTime from TIEHistory"), "2024.03.05 2 08:00:00.000");
-}
-
 // Counts come from outside: an old count of -5 and a new one of INT32_MAX
 // made the difference overflow a 32-bit int.
 TEST_F(HistoryTablesTest, MergeOfHostileCountsHoldsTheDifferenceToThirtyTwoBits) {

@@ -55,31 +55,5 @@ TEST_F(RecentTablesTest, WhiteListedAndRuleMatchedHostsBecomeNamedDomains) {
             (std::vector<std::string>{"blog.x.com/p", "blog.y.com/p", "plain.org/p"}));
 }
 
-TEST_F(RecentTablesTest, MergeKeepsTheBetterRowOfAHostInBothTables) {
-  for (const char* table : {"TRecentDomain", "TRecentDomainTemp"}) {
-    Exec(std::string("create table ") + table + "(Domain TEXT,MainDomain TEXT,LastVisitTime INTEGER,Score INTEGER,Name TEXT)");
-  }
-  // a: the matched row scores higher. b: equal score, the matched row is
-  // later. c: a full tie. d: the listed row scores higher.
-  Exec("insert into TRecentDomain values('a', 'm', 100, 5, 'listed'), ('b', 'm', 100, 5, 'listed'),"
-       "  ('c', 'm', 100, 5, 'listed'), ('d', 'm', 100, 9, 'listed');"
-       "insert into TRecentDomainTemp values('a', 'm', 100, 6, 'matched'), ('b', 'm', 200, 5, 'matched'),"
-       "  ('c', 'm', 100, 5, 'matched'), ('d', 'm', 300, 5, 'matched');"
-       "insert into TNames values('a', 'A named'), ('b', 'B named');");
-  EXPECT_EQ(m_db.MergeRecentDomains(), S_OK);
-  EXPECT_EQ(Rows("select Domain, Score, Name from TRecentDomain order by Domain"),
-            (std::vector<std::string>{"a|6|A named", "b|5|B named", "c|5|listed", "d|9|listed"}));
-}
-
-TEST_F(RecentTablesTest, ListedTwiceWeighsTwiceAndLosesNothing) {
-  // A host that stands twice in the white list gets twice its sum, and so
-  // beats its matched row; the name of the rule-matched row is not used.
-  J1Row("blog.d.com/p", "blog.d.com", "d.com", 4);
-  Exec("insert into TWhiteList values('D', 'd.com', 'blog.d.com', 'D listed'), ('D', 'd.com', 'blog.d.com', 'D listed');"
-       "insert into TNames values('blog.d.com', 'D named');");
-  Build();
-  EXPECT_EQ(Rows("select Score, Name from TRecentDomain"), std::vector<std::string>{"8|D listed"});
-}
-
 }  // namespace
 }  // namespace corvane::testing

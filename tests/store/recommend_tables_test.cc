@@ -134,26 +134,5 @@ TEST_F(RecommendTablesTest, HideMarksSurviveARebuild) {
   EXPECT_EQ(Scalar("select Hide || ':' || Score from TRecommendDomain where Domain = 'page.org'"), "0:10");
 }
 
-TEST_F(RecommendTablesTest, HideMarksSurviveTheRebuildFromTheIEOnlyMap) {
-  PreparedMap map;
-  for (const auto& [fixedURL, visits] : {std::pair{u"keep.com", 3}, {u"later.com", 2}, {u"gone.com", 1}}) {
-    CPreparedURL& record = map[fixedURL];
-    record.Name = u"N";
-    record.VisitTime = u"2024.03.10 0 09:00:00.000";
-    record.hadWww = record.hadSlash = 1;
-    record.VisitCount = visits;
-  }
-  ASSERT_EQ(m_db.BuildRecommendURLsFromMap(map), S_OK);
-  Exec("update TRecommendURL set Hide = 1 where FixedURL = 'keep.com';"
-       "update TRecommendURL set Hide = 2 where FixedURL in ('later.com', 'gone.com')");
-  map.erase(u"gone.com");
-  ASSERT_EQ(m_db.BuildRecommendURLsFromMap(map), S_OK);
-  // The marks are saved before the table is emptied and written back by
-  // URL: for good stays 1, until-rebuild becomes -1, a URL no longer in
-  // the map has no row to carry it.
-  EXPECT_EQ(Rows("select URL, Hide, VisitCount from TRecommendURL order by URL"),
-            (std::vector<std::string>{"http://www.keep.com/|1|3", "http://www.later.com/|-1|2"}));
-}
-
 }  // namespace
 }  // namespace corvane::testing

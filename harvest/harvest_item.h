@@ -18,13 +18,15 @@ namespace corvane::harvest {
 
 // The kept texts of a page of a browser's history, and the source (the
 // profile, from 0, and its browser value) whose page it is: a page belongs
-// to one source, and its visits, far more, need not carry them.
+// to one source, and its visits, far more, need not carry them. index is
+// the page's place among the store's pages.
 struct PageTexts {
   const char16_t* name;
   const char16_t* url;
   uint32_t typedCount;
   uint32_t browser;
   uint16_t source;
+  uint32_t index;
 };
 
 class VisitItem final : public IExtractItem {

@@ -14,6 +14,12 @@
 // a tie) and drops a visit that an earlier source holds for the same URL in
 // the same second: a synced copy of one visit counts once. Favourites are
 // delivered in the order read, a URL bookmarked twice once.
+//
+// While a profile is read, the browser's file and its cache take most of
+// the memory. The visits of the sources read before it wait packed, a few
+// bytes each (the step in time from the visit before and the page's
+// place), and become items only when every file is closed: four profiles
+// then cost little more at their peak than the largest one.
 
 #ifndef CORVANE_HARVEST_ITEM_STORE_H_
 #define CORVANE_HARVEST_ITEM_STORE_H_
@@ -92,13 +98,15 @@ class ItemStore {
   void Clear();
 
  private:
+  // Packs the current source's visits and frees their items.
+  void PackSource();
+
+  // The current source's visits; after MergeSources, those of all sources.
   std::deque<VisitItem> m_visits;
   std::deque<FavoriteItem> m_favorites;
-  // The delivery order of the visits when sources were merged; empty for
-  // the order in which they were added.
-  std::vector<uint32_t> m_order;
-  bool m_merged = false;
-  std::vector<size_t> m_sourceStarts;  // index of each source's first visit
+  // The visits of each source read before the current one, packed.
+  std::vector<std::vector<uint8_t>> m_packed;
+  size_t m_sources = 0;
   size_t m_sourceFavoritesStart = 0;
   uint32_t m_browser = 0;
   std::u16string m_pathPrefix;

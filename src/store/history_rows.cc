@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "common/text_util.h"
+
 namespace corvane {
 namespace {
 
@@ -89,9 +91,7 @@ void CHistoryRows::SortNewestFirst() {
 }
 
 bool HoldsSearchedText(std::u16string_view text, std::u16string_view searched) {
-  const auto fold = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; };
-  return std::search(text.begin(), text.end(), searched.begin(), searched.end(),
-                     [&](char16_t a, char16_t b) { return fold(a) == fold(b); }) != text.end();
+  return AsciiFindIgnoreCase(text, searched) != std::u16string_view::npos;
 }
 
 int64_t CharacterCount(std::u16string_view text) {

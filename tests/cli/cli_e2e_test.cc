@@ -110,20 +110,6 @@ TEST_F(CliTest, UpdateReadsTheDefaultBrowserAndShowsTheCounters) {
   EXPECT_TRUE(FailsWithOneLine(Run({"update"}), 1, {"Initialize: failed (0x80004005)"}));
 }
 
-// Sites seen only on the recent days are no recommendation (yet).
-TEST_F(CliTest, SitesListOneRecordPerWhiteListedMainDomain) {
-  Json::Value sites = RunJson({"sites", "-n", "10"});
-  Json::Value google = FindSite(sites, "site", "google.com");
-  EXPECT_EQ(Fields(google, {"name", "url", "hideState", "focus"}), "Google | www.google.com | visible | false");
-  EXPECT_GT(google["weight"].asUInt(), 0u);
-  EXPECT_TRUE(FindSite(sites, "site", "github.com").isObject());
-  EXPECT_FALSE(FindSite(sites, "url", "example.org").isObject());
-  EXPECT_EQ(RunJson({"sites", "-n", "1"}).size(), 1u);
-  RunResult text = Run({"sites"});
-  EXPECT_EQ(text.out.rfind("ID ", 0), 0u) << text.out;
-  EXPECT_NE(text.out.find("www.google.com"), std::string::npos);
-}
-
 // Every pin comes first under its own name, ranked or not; a pinned URL
 // pinned again is renamed; what is no address is refused.
 TEST_F(CliTest, PinsComeFirstUnderTheirOwnNames) {

@@ -81,26 +81,5 @@ TEST(TimeStampTest, WeekdayDigitIsIgnoredButSortsBeforeTime) {
   EXPECT_EQ(Stamp(VisitStampToLong(wrong)), right);
 }
 
-TEST(TimeStampTest, DifferenceInMillisecondsAndMidnightCrossing) {
-  EXPECT_EQ(TimeNumberDiffMs(kMarch5th2014, kMarch5th2014 + 9999), 0u);
-  EXPECT_EQ(TimeNumberDiffMs(kMarch5th2014 + 25000, kMarch5th2014), 2u);
-  EXPECT_EQ(TimeNumberDiffMs(kMarch5th2014, kMarch5th2014 + 10000), 1u);
-  EXPECT_EQ(TimeNumberDiffMs(0, UINT64_MAX), UINT64_MAX / 10000);
-  const uint64_t before = VisitStampToLong(u"2014.12.31 3 23:59:59.999");
-  const uint64_t after = VisitStampToLong(u"2015.01.01 4 00:00:00.000");
-  ASSERT_NE(before, 0u);
-  EXPECT_EQ(DayNumber(after), DayNumber(before) + 1);
-  EXPECT_EQ(TimeNumberDiffMs(before, after), 1u);
-}
-
-// Every 37th day plus an odd time of day over some 1100 years: the stamp of
-// a number parses back to it.
-TEST(TimeStampTest, RoundTripOverManyDays) {
-  for (uint64_t day = 0; day < 400000; day += 37) {
-    const uint64_t number = day * kTimeUnitsPerDay + (day % 86400000) * 10000;
-    ASSERT_EQ(VisitStampToLong(Stamp(number)), number) << ToUtf8(Stamp(number));
-  }
-}
-
 }  // namespace
 }  // namespace corvane

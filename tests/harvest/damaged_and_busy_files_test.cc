@@ -260,29 +260,6 @@ TEST_F(HarvestTest, HotJournalIsRolledBackInThePrivateCopy) {
   EXPECT_EQ(after.front().name.rfind("half-written ", 0), 0u);
 }
 
-// One committed visit stays in the write-ahead log (no checkpoint), then a
-// write transaction is left open: the read sees that commit, neither blocks
-// nor sees the unfinished write, nor disturbs the writer.
-TEST_F(HarvestTest, FirefoxProfileHeldOpenAndWrittenByAnotherProcess) {
-  ASSERT_TRUE(WriteFixture(fixture::Family::kFirefox, Home(), {.days = 3, .visitsPerDay = 30, .distinctUrls = 100,
-                                                              .hosts = 20, .bookmarks = 5, .lastDay = "2024-03-05", .endTime = ""}));
-  size_t committed = Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size();
-  std::string places = fixture::FirefoxPlacesPath(Home());
-  int ready[2], done[2];
-  pid_t writer = HoldOpen(places, "PRAGMA locking_mode=EXCLUSIVE; PRAGMA wal_autocheckpoint=0; insert into "
-                          "moz_historyvisits(place_id, visit_date, visit_type) values(1, 1709629622000000, 1); begin "
-                          "exclusive; insert into moz_historyvisits(place_id, visit_date, visit_type) values(1, "
-                          "1709629623041000, 1);", ready, done);
-  ASSERT_EQ(ReadByte(ready[0]), 1);
-  std::error_code ignored;
-  EXPECT_GT(fs::file_size(places + "-wal", ignored), 0u);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 1);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_FAVORITES).size(), 5u);
-  ASSERT_EQ(write(done[1], "x", 1), 1);
-  EXPECT_TRUE(EndedWell(writer, {ready[0], ready[1], done[0], done[1]}));
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), committed + 2);
-}
-
 // The browser's side of a commit during the copy, in a child process: waits
 // until the reader's private copy of History is being written, then commits
 // one visit at once, while the copy is still under way. Writes 1 to done

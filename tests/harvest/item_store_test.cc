@@ -12,27 +12,6 @@
 namespace corvane::harvest {
 namespace {
 
-// Numbers of a page table, dense or not: one beyond the vector's reach, a
-// negative one, and one that the vector reaches once it has grown.
-TEST(ItemStoreTest, PagesAreFoundByAnyNumberTheBrowserGaveThem) {
-  PageIndex index;
-  PageTexts pages[4] = {};
-  const int64_t kFar = int64_t{1} << 40;
-  index.Set(300000, &pages[0]);  // beyond the vector while few pages are kept
-  index.Set(kFar, &pages[1]);
-  index.Set(-7, &pages[2]);
-  for (int64_t id = 1; id <= 100000; ++id) index.Set(id, &pages[3]);
-  index.Set(300000 + 1, &pages[3]);  // now within the vector's reach
-  EXPECT_EQ(index.Find(300000), &pages[0]);
-  EXPECT_EQ(index.Find(kFar), &pages[1]);
-  EXPECT_EQ(index.Find(-7), &pages[2]);
-  EXPECT_EQ(index.Find(99999), &pages[3]);
-  EXPECT_EQ(index.Find(0), nullptr);
-  EXPECT_EQ(index.Find(200000), nullptr);
-  index.Clear();
-  EXPECT_EQ(index.Find(300000), nullptr);
-}
-
 // Three sources, read one after the other: the second shares a synced copy
 // of a visit with the first (same URL, same second, another millisecond),
 // the third fails and is abandoned. A source's own two visits of one URL

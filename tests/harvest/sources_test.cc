@@ -68,24 +68,6 @@ class SourcesTest : public HarvestTest {
   }
 };
 
-TEST_F(SourcesTest, EveryProfileIsFoundAndTheDefaultBrowserDecidesWhatItsFamilyReads) {
-  std::vector<std::string> names;
-  for (const harvest::BrowserProfile& profile : harvest::FindProfiles()) {
-    names.push_back(profile.SourceName() + (profile.usedLast ? "*" : "") + " " + profile.label);
-  }
-  EXPECT_EQ(names, (std::vector<std::string>{"brave:Default* Work", "brave:Profile 1 Home", "edge:Default* Edge",
-                                             "edge:Profile 2 Broken", "librewolf:default* default",
-                                             "librewolf:synced synced"}));
-  EXPECT_EQ(GetDefautBrowser(), BROWSER_CHROME);
-  const size_t work = ChosenByModel(Spec(1)).chosen;
-  EXPECT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), work);
-  EXPECT_EQ(LastRead(), "brave:Default=" + std::to_string(work) + " ");
-  SetDefault("microsoft-edge.desktop");
-  EXPECT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), ChosenByModel(Spec(3)).chosen);
-  EXPECT_EQ(Extract(BROWSER_FIREFOX, EXTRACT_HISTORY).size(), ChosenByModel(Spec(5)).chosen);
-  EXPECT_NE(TakeDebugLog().find("from librewolf:default (" + Home() + "/.librewolf/a1.default)"), std::string::npos);
-}
-
 // Every profile, as either family's value asks: the damaged one says why
 // and gives nothing, the synced copy gives nothing new, the rest come in
 // one stream in time order; their bookmarks are led by their browser, a
@@ -128,21 +110,6 @@ TEST_F(SourcesTest, AllProfilesComeAsOneStreamInTimeOrderWithSyncedCopiesOnce) {
                                          "Microsoft Edge (Broken)", "LibreWolf (default)", "LibreWolf (synced)"};
   EXPECT_TRUE(prefixes.count("Brave (Work)") && prefixes.size() > 2);
   for (const std::string& prefix : prefixes) EXPECT_TRUE(kLabels.count(prefix)) << prefix;
-}
-
-TEST_F(SourcesTest, AListReadsWhatItNamesAndPassesOverWhatNamesNothing) {
-  Choose("edge:Default, nobrowser:x, brave:Nobody, librewolf, brave:Profile 1");
-  EXPECT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), ChosenByModel(Spec(3)).chosen + ChosenByModel(Spec(2)).chosen);
-  const std::string log = TakeDebugLog();
-  for (const char* problem : {"'nobrowser:x' names no browser", "'brave:Nobody' names no profile",
-                              "'librewolf' is no browser:profile name"}) {
-    EXPECT_NE(log.find(problem), std::string::npos) << problem;
-  }
-  // Nothing named that is here: the default is read.
-  Choose("brave:Nobody");
-  EXPECT_EQ(Extract(BROWSER_CHROME, EXTRACT_HISTORY).size(), ChosenByModel(Spec(1)).chosen);
-  EXPECT_TRUE(IsBrowserInstalled(BROWSER_FIREFOX));
-  EXPECT_FALSE(IsBrowserInstalled(BROWSER_IE));
 }
 
 }  // namespace

@@ -165,19 +165,6 @@ TEST_F(ExtractionTest, BadItemsAreSkippedOnEveryPathAndQuotesStoredAsText) {
   EXPECT_EQ(Rows("select VisitCount from TIEHistory"), (std::vector<std::string>{"5", "5"}));
 }
 
-TEST_F(ExtractionTest, FavouritesWithNullAndEmptyTextsAreOneRowOfEmptyTexts) {
-  FakeItem nullTexts{"x", "http://x.example.com/", "y", ""};
-  nullTexts.nullTexts = true;
-  m_fixture.favorites[BROWSER_CHROME] = {nullTexts, FakeItem{"", "", "", ""}, FakeItem{.null = true},
-                                         FakeItem{"", "http://example.com/", "", ""}};
-  // Two deliveries: the second finds both rows again.
-  ASSERT_EQ(Update(), S_OK);
-  EXPECT_EQ(Config("FavoriteExtractCount"), "4");
-  EXPECT_EQ(Scalar("select count(*) from TFavorite"), "2");
-  EXPECT_EQ(Scalar("select count(*) from TFavorite where Name = '' and URL = '' and FixedURL = '' and Path = ''"), "1");
-  EXPECT_EQ(Scalar("select count(*) from TFavorite where FixedURL = 'example.com'"), "1");
-}
-
 // A missing library, one without the factory and a factory that says no
 // fail the update: on a fresh folder, and after a successful update, whose
 // stamps and rows stay as they were. The next good library updates again.

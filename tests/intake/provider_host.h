@@ -33,9 +33,6 @@ class ProviderTest : public ::testing::Test {
              uint32_t browser = BROWSER_CHROME) {
     m_fixture.history[browser].push_back(FakeItem{name, url, "", time, count});
   }
-  void IEVisit(const std::string& url, const std::string& time, int count, const std::string& name = "Page") {
-    Visit(url, time, count, name, BROWSER_IE);
-  }
   // IE becomes the only installed browser and the default one.
   void UseIEOnly() {
     m_fixture.installed = {BROWSER_IE};

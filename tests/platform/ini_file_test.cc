@@ -42,10 +42,6 @@ class IniFileTest : public ::testing::Test {
     const std::u16string text = value != nullptr ? value : u"";
     return WriteProfileString(Path(), u"DBConfig", key, value != nullptr ? &text : nullptr);
   }
-  mode_t Mode() const {
-    struct stat info {};
-    return stat(File().c_str(), &info) == 0 ? info.st_mode & 0777 : 0;
-  }
   // The entries of a folder, so that a test sees no temporary file is left.
   static auto Entries(const std::string& folder) {
     return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
@@ -109,18 +105,6 @@ TEST_F(IniFileTest, WriteRefusesAFileThatCannotBeRead) {
   std::filesystem::create_symlink("state.ini", File());
   EXPECT_FALSE(Write(u"H2", u"8"));
   EXPECT_TRUE(std::filesystem::is_symlink(File()));
-}
-
-TEST_F(IniFileTest, NewFileTakesItsModeFromTheUmaskAndLeavesTheUmaskAlone) {
-  ScopedUmask mask(027);
-  ASSERT_TRUE(Write(u"A", u"1"));
-  EXPECT_EQ(Mode(), 0640u);
-  EXPECT_EQ(umask(027), 027u);
-  // A replacement is a new file as well, and no temporary file stays.
-  ScopedUmask wider(002);
-  ASSERT_TRUE(Write(u"A", u"1"));
-  EXPECT_EQ(Mode(), 0664u);
-  EXPECT_EQ(Entries(m_dir.Path()), 1);
 }
 
 // In a folder with a default ACL the umask plays no part and the new file's

@@ -93,36 +93,6 @@ TEST_F(CatalogueTest, EveryClassOffersExactlyItsInterfaces) {
   EXPECT_EQ(untouched, reinterpret_cast<IUnknown*>(0x1));
 }
 
-// Each class has one class object, also handed out as IUnknown; it refuses
-// null out pointers, aggregation and an interface its class lacks, and the
-// object built for that query is gone again.
-TEST_F(CatalogueTest, EveryClassHasOneClassObjectThatRefusesBadRequests) {
-  for (const ClassCase& entry : kClasses) {
-    SCOPED_TRACE(entry.name);
-    ComPtr<IClassFactory> factory = ClassObject(*entry.clsid), again = ClassObject(*entry.clsid);
-    ASSERT_TRUE(factory);
-    EXPECT_EQ(factory.Get(), again.Get());
-    void* out = nullptr;
-    ASSERT_EQ(LoadComponent().DllGetClassObject(*entry.clsid, IID_IUnknown, &out), S_OK);
-    EXPECT_EQ(out, static_cast<void*>(static_cast<IUnknown*>(factory.Get())));
-    static_cast<IUnknown*>(out)->Release();
-    EXPECT_EQ(LoadComponent().DllGetClassObject(*entry.clsid, IID_IClassFactory, nullptr), E_POINTER);
-    EXPECT_EQ(factory->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-    EXPECT_EQ(factory->CreateInstance(nullptr, *entry.offered[0], nullptr), E_POINTER);
-    ComPtr<IUnknown> outer = CreateByClsid(CLSID_URLArray);
-    EXPECT_EQ(factory->CreateInstance(outer.Get(), *entry.offered[0], &out), CLASS_E_NOAGGREGATION);
-    outer.Reset();
-    out = reinterpret_cast<void*>(0x1);
-    EXPECT_EQ(factory->CreateInstance(nullptr, *entry.clsid == CLSID_URLInfo ? IID_IURLInfo2 : IID_IURLInfo, &out),
-              E_NOINTERFACE);
-    EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(LoadComponent().DllCanUnloadNow(), S_OK);
-  }
-  EXPECT_NE(ClassObject(CLSID_CorvaneDataProviderObject).Get(), ClassObject(CLSID_URLArray).Get());
-  void* out = nullptr;
-  EXPECT_EQ(LoadComponent().DllGetClassObject(IID_IURLInfo2, IID_IClassFactory, &out), CLASS_E_CLASSNOTAVAILABLE);
-}
-
 TEST_F(CatalogueTest, TheLibraryShowsItsExportsAndNothingElse) {
   const std::set<std::string> exports = {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer",
                                          "DllUnregisterServer", "DllInstall", "SysAllocString",

@@ -2,12 +2,10 @@
 // object, with the data folder in a temporary place.
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <set>
 
 #include "platform/ini_file.h"
 #include "support/test_host.h"
@@ -41,25 +39,6 @@ std::u16string InForceSet(std::u16string_view name, std::u16string_view version,
 }
 
 std::u16string U16(const std::string& text) { return std::u16string(text.begin(), text.end()); }
-
-std::set<std::string> SchemaNames(const std::string& path, const char* type) {
-  std::set<std::string> names;
-  sqlite3* db = nullptr;
-  sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
-  const std::string sql = std::string("select name from sqlite_master where name not like 'sqlite_%' and type = '") + type + "'";
-  sqlite3_exec(db, sql.c_str(), [](void* out, int, char** name, char**) {
-    static_cast<std::set<std::string>*>(out)->insert(name[0]);
-    return 0;
-  }, &names, nullptr);
-  sqlite3_close(db);
-  return names;
-}
-
-// The schema, and beside it the history search index with its FTS5 shadow tables.
-const std::set<std::string> kSchemaTables = {
-    "THistory",   "TFavorite",      "TFocusURL",      "TIEHistory",          "TPreparedURL",          "TWhiteList",
-    "TBlackList", "TSubList",       "TRecommendDomain", "THistoryText",      "THistorySearchState",   "THistorySearch",
-    "THistorySearch_config", "THistorySearch_data", "THistorySearch_docsize", "THistorySearch_idx"};
 
 class ProviderTest : public ::testing::Test {
  protected:
@@ -95,28 +74,6 @@ class ProviderTest : public ::testing::Test {
   ScopedEnv m_now;
   ComPtr<ICorvaneDataProviderObject> m_provider;
 };
-
-TEST_F(ProviderTest, FirstInitializeCreatesFolderDatabaseAndFiles) {
-  EXPECT_EQ(Initialize(), S_OK);
-  // The schema, and what the first update builds even from an empty history.
-  std::set<std::string> tables = kSchemaTables;
-  tables.insert({"TRecommendURL", "TZS", "TSubDomain", "TRecentHistory", "TRecentHistory_Match", "TRecentDomain",
-                 "TRecentDomainTemp", "e2", "e3", "j1", "h2", "z"});
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "table"), tables);
-  // The ten indices of the schema and the search's row index beside them,
-  // and no other: the tables built at run time have none.
-  EXPECT_EQ(SchemaNames(DataFile("CorvaneAppDB.db"), "index"),
-            (std::set<std::string>{"THistory_VisitTime", "THistory_VisitDate", "THistory_HideDate", "THistory_URL",
-                                   "TFavorite_URL_Name_Path", "TFocusURL_URL", "TIEHistory_VisitTime",
-                                   "TIEHistory_VisitDate", "TIEHistory_HideDate", "TIEHistory_URL", "THistory_Search"}));
-  // Settings.ini holds the built-in set, all five keys.
-  EXPECT_EQ(Settings(), kDefaults);
-  EXPECT_EQ(SettingsKey(u"Default"), u"true");
-  EXPECT_EQ(SettingsKey(u"Setting"), u"{7,{7,3}}");
-  EXPECT_EQ(Config(u"LastUpdate"), kNowStamp);
-  // No earlier stamp: the key is not there at all, not even empty.
-  EXPECT_EQ(Config(u"LastUpdateBK", u"<absent>"), u"<absent>");
-}
 
 TEST_F(ProviderTest, GateRunsOncePerDateAndForceAlwaysRuns) {
   ASSERT_EQ(Initialize(), S_OK);

@@ -42,15 +42,6 @@ class WhiteListTest : public DBTest {
 })";
 };
 
-TEST_F(WhiteListTest, GoodFileFillsTheFourTables) {
-  EXPECT_EQ(Rows("select Name, MainDomain, Domain, SubName from TWhiteList"),
-            (std::vector<std::string>{"News|news.com|sport.news.com|Sport", "News|news.com|mail.news.com|Unknown",
-                                      "News|news.com|news.com|News", "Unknown|solo.org|solo.org|Unknown"}));
-  EXPECT_EQ(Rows("select Domain from TBlackList"), std::vector<std::string>{"worse.com"});
-  EXPECT_EQ(Rows("select MainDomain, Domain from TSubList"), std::vector<std::string>{"blog.com|[a-z]+\\.blog\\.com"});
-  EXPECT_EQ(Rows("select Domain, Name from TNames"), std::vector<std::string>{"a.blog.com|A blog"});
-}
-
 TEST_F(WhiteListTest, DamagedOrLooseFilesFailAndChangeNothing) {
   const std::vector<std::string> before = Dump();
   auto padded = [](std::string text, size_t size) {

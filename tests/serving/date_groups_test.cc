@@ -15,10 +15,6 @@ TEST(DayLabelTest, TodayYesterdayAndOtherDays) {
   EXPECT_EQ(FormatDayLabel(u"2014.03.06 4 10:00:00.000", 1), u"2014年3月6日 星期四");
 }
 
-TEST(DayLabelTest, WeekdayComesFromTheStampNotTheCalendar) {
-  EXPECT_EQ(FormatDayLabel(u"2014.03.05 0 10:00:00.000", 2), u"2014年3月5日 星期日");
-}
-
 TEST(DayLabelTest, DamagedStamps) {
   EXPECT_EQ(FormatDayLabel(u"", 0), u"");
   EXPECT_EQ(FormatDayLabel(u"2014.03.05", 0), u"");

@@ -87,16 +87,5 @@ TEST_F(FolderAccessTest, NamedPersonGetsAccessAndDefaultEntriesOnce) {
   EXPECT_TRUE(Has(AclText(m_folder + "/CorvaneAppDB.db"), "user:nobody:rw-"));
 }
 
-TEST_F(FolderAccessTest, UnknownAccountOrMissingPathFails) {
-  const std::string log = m_dir.File("debug.log");
-  test::ScopedEnv debug("CORVANE_DEBUG", log.c_str());
-  const std::string before = AclText(m_folder);
-  EXPECT_FALSE(Grant(m_folder, u"NoSuchUserQz"));
-  EXPECT_EQ(AclText(m_folder), before);
-  std::ifstream in(log);
-  EXPECT_NE(std::string(std::istreambuf_iterator<char>(in), {}).find("LookupAccountName() failed."), std::string::npos);
-  EXPECT_FALSE(Grant("/nonexistent/CorvaneApp", u"nobody"));
-}
-
 }  // namespace
 }  // namespace corvane

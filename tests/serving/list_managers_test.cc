@@ -92,25 +92,5 @@ TEST_F(ListManagersTest, DamageMetByAListingFailsItAndIsNoted) {
   EXPECT_EQ(GetValue(m_provider.Get(), u"DatabaseDamaged"), u"1");
 }
 
-TEST_F(ListManagersTest, FocusEntriesAddRemoveAndNumberFromOneAfterClear) {
-  Bstr url(u"mail.example.com"), name(u"Mail"), other(u"Post");
-  EXPECT_EQ(m_focus->AddURL(url.Get(), name.Get(), 0), S_OK);
-  EXPECT_EQ(m_focus->AddURL(url.Get(), name.Get(), 0), S_FALSE);
-  EXPECT_EQ(m_focus->AddURL(url.Get(), other.Get(), 0), S_OK);
-  EXPECT_EQ(m_focus->AddURL(nullptr, name.Get(), 0), E_INVALIDARG);
-  // In the order of adding; the count has no effect here.
-  EXPECT_EQ(ShowAll(Listing(m_focus.Get(), 1).Get()), "1|Mail|mail.example.com; 2|Post|mail.example.com");
-  EXPECT_EQ(Remove(m_focus.Get(), u"All", 1), S_OK);
-  EXPECT_EQ(m_db.Scalar("select count(*) from TFocusURL"), "2");
-  EXPECT_EQ(Remove(m_focus.Get(), u"two", 0), E_FAIL);
-  EXPECT_EQ(Remove(m_focus.Get(), u"mail.example.com", 1), S_OK);
-  EXPECT_EQ(m_db.Scalar("select count(*) from TFocusURL"), "0");
-  EXPECT_EQ(m_focus->AddURL(url.Get(), name.Get(), 0), S_OK);
-  EXPECT_EQ(m_db.Scalar("select ID from TFocusURL"), "3");
-  EXPECT_EQ(m_focus->ClearURLs(), S_OK);
-  EXPECT_EQ(m_focus->AddURL(url.Get(), name.Get(), 0), S_OK);
-  EXPECT_EQ(m_db.Scalar("select ID from TFocusURL"), "1");
-}
-
 }  // namespace
 }  // namespace corvane::test

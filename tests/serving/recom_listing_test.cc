@@ -117,25 +117,6 @@ TEST_F(RecomListingTest, ShownSetCarriesAcrossCallsAndManagersUntilFocusRequest)
   EXPECT_EQ(URLs(Recom(10, 0).Get()), "www.one.com blog.two.com http://www.three.com/x http://four.com/");
 }
 
-TEST_F(RecomListingTest, ArgumentsEmptyTablesAndAMissingTable) {
-  // Dropped before the component read the schema: the URLs alone don't do.
-  m_db.Exec("drop table TRecentDomain;");
-  AddRecentURL(8, "http://d.com/x", "d.com", 80);
-  IUnknown* array = nullptr;
-  EXPECT_EQ(m_common->GetRecentHistory(0, 5, &array, 0), E_FAIL);
-  EXPECT_EQ(array, nullptr);
-  IUnknown* untouched = reinterpret_cast<IUnknown*>(0x1);
-  EXPECT_EQ(m_common->GetRecomURLs(0, 0, &untouched, 0), E_INVALIDARG);
-  EXPECT_EQ(m_common->GetRecentHistory(0, 0, &untouched, 0), E_INVALIDARG);
-  EXPECT_EQ(untouched, reinterpret_cast<IUnknown*>(0x1));
-  EXPECT_EQ(m_common->GetRecomURLs(0, 5, nullptr, 0), E_INVALIDARG);
-  EXPECT_EQ(m_common->GetRecentHistory(0, 5, nullptr, 0), E_INVALIDARG);
-  EXPECT_EQ(Count(Recom(5, 0).Get()), 0u);
-  EXPECT_EQ(m_commonUrls->GetURLs(5, &array), E_NOTIMPL);
-  EXPECT_EQ(array, nullptr);
-  EXPECT_EQ(m_commonUrls->ClearURLs(), S_OK);
-}
-
 // Recent domains first, then recent URLs, one record per main domain, with
 // no memory between calls.
 TEST_F(RecomListingTest, RecentListingTakesDistinctMainDomainsFromDomainsFirst) {

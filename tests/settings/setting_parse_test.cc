@@ -82,18 +82,5 @@ TEST_F(SettingParseFileTest, NamedSetIsSavedForANewerVersionOrByForceOverZeroAnd
   EXPECT_TRUE(Exists("-Delete"));
 }
 
-TEST_F(SettingParseFileTest, TextThatDoesNotParseIsRefused) {
-  const std::u16string head = u"Name@Work|Default@false|Ver@5|Score@";
-  const std::u16string row = u"{0,1,1,1,1,1.0,1,{1},{0,0,0,0,0,0,0,0}}|";
-  EXPECT_EQ(CSettingParse(nullptr).SaveSetting(nullptr, 0), E_INVALIDARG);
-  for (const auto& [text, hr] : {std::pair<std::u16string, HRESULT>{head + u"{0,1}|Setting@{1,{1,1}}", E_INVALIDARG},
-                                 {head + row, E_INVALIDARG},
-                                 {head + row + u"Setting@{1,{1}}", E_INVALIDARG},
-                                 {u"Name@Work|Ver@5|Score@x|", E_FAIL}}) {
-    EXPECT_EQ(Save(text, 0), hr) << ToUtf8(text);
-  }
-  EXPECT_FALSE(Exists("Work"));
-}
-
 }  // namespace
 }  // namespace corvane

@@ -101,17 +101,5 @@ TEST_F(CorvaneDBTest, OpeningAnExistingFileChangesNoData) {
   EXPECT_EQ(snapshot(), before);
 }
 
-TEST_F(CorvaneDBTest, ConfigKeysAreCutAt259CharactersAndDeletedByANullValue) {
-  std::u16string value;
-  EXPECT_EQ(m_db.GetConfig(u"Missing", &value, u"dflt"), S_OK);
-  EXPECT_EQ(value, u"dflt");
-  EXPECT_EQ(m_db.SetConfigInt(u"H2", -1), S_OK);
-  EXPECT_EQ(Config(u"H2"), "-1");
-  EXPECT_EQ(m_db.SetConfig(u"H2", nullptr), S_OK);
-  EXPECT_EQ(Config(u"H2"), "<absent>");
-  EXPECT_EQ(m_db.SetConfig(u"Long", std::u16string(300, u'7')), S_OK);
-  EXPECT_EQ(Config(u"Long"), std::string(259, '7'));
-}
-
 }  // namespace
 }  // namespace corvane::testing

@@ -52,13 +52,6 @@ TEST_F(HistoryTablesTest, IncrementalStoringTakesOnlyNewerVisits) {
   EXPECT_EQ(Rows("select URL from THistory where HID > 2"), std::vector<std::string>{"http://c.example.com/"});
 }
 
-TEST_F(HistoryTablesTest, UnreadableNewestStampRebuildsFromTheDeliveryNumberingAgain) {
-  Exec("insert into THistory values(null, 'old', 'http://old/', 1, 'garbage', 1, 0, 2)");
-  Visit(u"http://a.example.com/", Time(2024, 3, 5, 9));
-  ASSERT_EQ(AddNew(), S_OK);
-  EXPECT_EQ(Rows("select HID, URL from THistory"), std::vector<std::string>{"1|http://a.example.com/"});
-}
-
 // One row of the merge decision table per step: the delivery holds one URL,
 // whose stored snapshot row comes from the step before.
 TEST_F(HistoryTablesTest, IEMergeDecisionTable) {

@@ -18,42 +18,17 @@
 #include <thread>
 
 #include "cli/cli_runner.h"
+#include "support/child_process.h"
 #include "support/test_host.h"
 
 namespace corvane::testing {
 namespace {
 
-// A child process with its standard output in a file; killed when it goes.
-class Child {
- public:
-  Child(const std::vector<std::string>& argv, const std::string& outFile) {
-    m_pid = fork();
-    if (m_pid != 0) return;
-    int out = open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (out < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(out, STDERR_FILENO) < 0) _exit(127);
-    std::vector<char*> args;
-    for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    execv(args[0], args.data());
-    _exit(127);
-  }
-  ~Child() {
-    if (m_pid <= 0) return;
-    kill(m_pid, SIGTERM);
-    waitpid(m_pid, nullptr, 0);
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
- private:
-  pid_t m_pid = -1;
-};
-
 class ServeTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(Run({"demo"}).status, 0);
-    m_server = std::make_unique<Child>(std::vector<std::string>{CORVANE_CLI_BINARY, "--data-dir", m_data.Path(),
+    m_server = std::make_unique<test::ChildProcess>(std::vector<std::string>{CORVANE_CLI_BINARY, "--data-dir", m_data.Path(),
                                                                 "serve", "--port", "0"},
                                        m_data.File("serve.log"));
     for (int i = 0; i < 200 && m_url.empty(); ++i) {
@@ -80,7 +55,7 @@ class ServeTest : public ::testing::Test {
   httplib::Headers Cookie() const { return {{"Cookie", "corvane_token=" + m_token}}; }
 
   test::TempDir m_data;
-  std::unique_ptr<Child> m_server;
+  std::unique_ptr<test::ChildProcess> m_server;
   std::string m_url, m_token;
   int m_port = 0;
 };

@@ -4,10 +4,6 @@
 // A machine without the browser skips its test and says so; in CI, where
 // scripts/test.sh installs both browsers, it fails instead.
 
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,61 +15,12 @@
 #include <thread>
 
 #include "harvest/harvest_host.h"
-
-extern char** environ;
+#include "support/child_process.h"
 
 namespace corvane::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-// A browser run in a process group of its own, its output thrown away;
-// stopping it ends the whole group.
-class BrowserProcess {
- public:
-  explicit BrowserProcess(const std::vector<std::string>& args) {
-    std::vector<char*> argv;
-    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_t attr;
-    posix_spawnattr_init(&attr);
-    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attr, 0);
-    if (posix_spawn(&m_pid, argv[0], &files, &attr, argv.data(), environ) != 0) m_pid = -1;
-    posix_spawnattr_destroy(&attr);
-    posix_spawn_file_actions_destroy(&files);
-  }
-  ~BrowserProcess() { Stop(); }
-
-  bool Started() const { return m_pid > 0; }
-  // Waits for the browser to end by itself; true when it did so in time
-  // with status 0.
-  bool Finish(int seconds) {
-    for (int tenths = 0; m_pid > 0 && tenths < seconds * 10; ++tenths) {
-      int status = 0;
-      if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
-        m_pid = -1;
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return false;
-  }
-  void Stop() {
-    if (m_pid <= 0) return;
-    kill(-m_pid, SIGTERM);
-    if (!Finish(10)) kill(-m_pid, SIGKILL);
-    waitpid(m_pid, nullptr, 0);
-    m_pid = -1;
-  }
-
- private:
-  pid_t m_pid = -1;
-};
 
 std::string WritePage(const std::string& folder, const std::string& name) {
   const std::string path = folder + "/" + name + ".html";
@@ -114,7 +61,7 @@ class RealBrowserTest : public HarvestTest {
   // reads its history: the read must end in time and still hold the five
   // visits of url.
   void ExpectReadWhileRunning(const std::vector<std::string>& args, uint32_t browser, const std::string& url) {
-    BrowserProcess running(args);
+    test::ChildProcess running(args);
     ASSERT_TRUE(running.Started());
     std::this_thread::sleep_for(std::chrono::seconds(5));
     std::string found;
@@ -133,7 +80,7 @@ class RealBrowserTest : public HarvestTest {
                                    const std::string& url, const std::string& countSql, const std::string& file) {
     const time_t start = time(nullptr);
     for (const std::vector<std::string>& run : args) {
-      ASSERT_TRUE(BrowserProcess(run).Finish(90)) << "the browser did not load the page";
+      ASSERT_TRUE(test::ChildProcess(run).Finish(90)) << "the browser did not load the page";
     }
     EXPECT_EQ(Column(countSql + " where url = '" + url + "'", file), std::vector<std::string>{"5"});
     EXPECT_EQ(VisitsBetween(Extract(browser, EXTRACT_HISTORY), url, start, time(nullptr)), 5u);

@@ -3,7 +3,9 @@
 
 #include "analysis/sub_list.h"
 
-#include "store/db_fixture.h"
+#include <gtest/gtest.h>
+
+#include "common/utf.h"
 
 namespace corvane::testing {
 namespace {
@@ -54,17 +56,6 @@ TEST(SubListTest, RulesMatchWholeHostsOfTheirOwnMainDomainWithCase) {
     EXPECT_EQ(rule.IsCompiled(), test.compiled);
     EXPECT_EQ(rule.IsSubDomain(test.main, test.host), test.matches);
   }
-}
-
-class SubListTableTest : public DBTest {};
-
-TEST_F(SubListTableTest, ListDropsRulesThatDoNotCompileOrNestTooDeepAndKeepsTheRest) {
-  Exec("insert into TSubList values('N', 'a.com', '(unclosed', 'x'), ('N', 'a.com', '[a-z]+\\.a\\.com', 'x'),"
-       "  ('N', 'a.com', '" + ToUtf8(Nested(33)) + "', 'x')");
-  CSubList rules(&m_db);
-  EXPECT_EQ(rules.Rules().size(), 1u);
-  EXPECT_TRUE(rules.Matches(u"a.com", u"blog.a.com"));
-  EXPECT_FALSE(rules.Matches(u"b.com", u"blog.a.com"));
 }
 
 }  // namespace

@@ -196,20 +196,6 @@ TEST_F(CliTest, HistoryIsGroupedUnderDayLabelsAndSearchable) {
   EXPECT_EQ(csv.substr(0, csv.find("\r\n")), "ID,DATE,TIME,NAME,URL");
 }
 
-TEST_F(CliTest, FavoritesRecentAndValueAnswerThroughTheBoundary) {
-  Json::Value favorites = RunJson({"favorites"});
-  ASSERT_EQ(favorites.size(), 2u) << favorites.toStyledString();
-  EXPECT_EQ(Fields(favorites[0], {"path"}) + " & " + Fields(favorites[1], {"path"}), "Bookmarks bar & Bookmarks bar/Work");
-  ASSERT_EQ(Run({"hide", favorites[1]["id"].asString()}).status, 0);
-  EXPECT_EQ(RunJson({"favorites"}).size(), 1u);
-  EXPECT_EQ(Run({"hide", "f77"}).status, 1);
-  Json::Value recent = RunJson({"recent", "-n", "5"});
-  EXPECT_TRUE(recent.isArray() && recent.size() <= 5u);
-  EXPECT_EQ(RunJson({"value", "ExtractBrowser"})["value"].asString(), "Chrome");
-  EXPECT_TRUE(FailsWithOneLine(Run({"value", "NoSuchKey"}), 1, {"no value for 'NoSuchKey'; its keys: ",
-                                                                  "LastUpdate", "ExtractBrowser"}));
-}
-
 // The word that is no command is named.
 TEST_F(CliTest, BadArgumentsGiveOneLineAndStatusTwo) {
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{

@@ -10,7 +10,6 @@
 
 #include "common/utf.h"
 #include "platform/ini_file.h"
-#include "support/elf_symbols.h"
 
 #include "harvest/harvest_host.h"
 

@@ -71,13 +71,6 @@ const Fallback kFallbacks[] = {
      {"Extract 2 1 0", "Extract 1 1 1", "Extract 1 2 0"}, "ExtractHistory(IE)) OK2", false,
      {{"DefBrowser", "Chrome"}, {"ExtractBrowser", "IE"}, {"HitoryExtractCount", "1"}, {"IEInitialized", "2024.03.10"},
       {"AddHistoryCount", "1"}, {"select count(*) from TIEHistory", "1"}, {"select count(*) from THistory", "0"}}},
-    // IE read as the default keeps the keys while its merge adds nothing.
-    {"IEDefaultWithVisits",
-     {.installed = {BROWSER_IE},
-      .defaultBrowser = BROWSER_IE,
-      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 08:00:00.000", 3)}}}},
-     {"Extract 1 1 1", "Extract 1 2 0"}, "ExtractHistory(IE)) OK1", true,
-     {{"ExtractBrowser", "IE"}, {"HitoryExtractCount", "1"}, {"select count(*) from TIEHistory", "1"}}},
     {"IEDefaultDeliversNothingIsAskedTwiceThen360",
      {.installed = {BROWSER_IE, BROWSER_360},
       .defaultBrowser = BROWSER_IE,
@@ -93,11 +86,6 @@ const Fallback kFallbacks[] = {
      {.installed = {BROWSER_MAXHON, BROWSER_FIREFOX}, .defaultBrowser = BROWSER_MAXHON},
      {"Extract 32 1 0", "Extract 64 1 0", "Extract 32 1 0", "Extract 32 2 0"}, "ExtractHistory(Maxhon)) OK3", false,
      {{"ExtractBrowser", "Maxhon"}, {"HitoryExtractCount", "0"}}},
-    {"ValueOutsideTheBrowserTableIsAskedAndNamedUnknown",
-     {.defaultBrowser = 0x1000, .history = {{0x1000, {Item("http://odd.example.com/", "2024-03-05 08:00:00.000")}}}},
-     {"Extract 4096 1 1", "Extract 4096 2 0"}, "ExtractHistory(Unknown)) OK1", false,
-     {{"DefBrowser", "Unknown"}, {"ExtractBrowser", "Unknown"}, {"HitoryExtractCount", "1"},
-      {"select count(*) from THistory where Browser = 4096", "1"}}},
     {"WithoutGetDefautBrowserTheFallbackOrderDecides",
      {.installed = {BROWSER_CHROME},
       .defaultBrowser = BROWSER_IE,  // never asked
@@ -114,12 +102,6 @@ const Fallback kFallbacks[] = {
      {{"DefBrowser", "Chrome"}, {"ExtractBrowser", "Chrome"}, {"HitoryExtractCount", "0"},
       {"select count(*) from TIEHistory", "0"}},
      "NoInstalledHarvest"},
-    // With no default either, the last delivery is asked of browser 0.
-    {"WithoutIsBrowserInstalledOrADefaultBrowserZeroIsAsked",
-     {.installed = {BROWSER_CHROME, BROWSER_IE},
-      .history = {{BROWSER_IE, {Item("http://ie.example.com/", "2024-03-05 09:00:00.000")}}}},
-     {"Extract 0 1 0", "Extract 0 2 0"}, "ExtractHistory(Unknown)) OK3", true,
-     {{"ExtractBrowser", "Unknown"}, {"HitoryExtractCount", "0"}}, "NoInstalledHarvest"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, FallbackTest, ::testing::ValuesIn(kFallbacks),

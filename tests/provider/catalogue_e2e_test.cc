@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "support/elf_symbols.h"
 #include "support/test_host.h"
 
 namespace corvane::test {

@@ -4,9 +4,11 @@
 #include <unistd.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <utility>
 
 namespace corvane::test {
@@ -27,6 +29,19 @@ TempDir::TempDir() : m_path((std::filesystem::temp_directory_path() / "corvane-t
 TempDir::~TempDir() {
   std::error_code error;
   std::filesystem::remove_all(m_path, error);
+}
+
+std::set<std::string> DefinedDynamicSymbols(const std::string& path) {
+  std::set<std::string> names;
+  FILE* listing = popen(("nm -D --defined-only '" + path + "' 2>&1").c_str(), "r");
+  char line[1024];
+  while (listing != nullptr && std::fgets(line, sizeof(line), listing) != nullptr) {
+    std::istringstream fields(line);
+    std::string address, type, name;
+    names.insert(fields >> address >> type >> name ? name : "<" + std::string(line) + ">");
+  }
+  if (listing == nullptr || pclose(listing) != 0) names.insert("<nm failed on " + path + ">");
+  return names;
 }
 
 void DamageDatabasePage(const std::string& path, int page, int pageSize) {

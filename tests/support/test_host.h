@@ -6,6 +6,7 @@
 #define CORVANE_TESTS_SUPPORT_TEST_HOST_H_
 
 #include <initializer_list>
+#include <set>
 #include <string>
 
 #include "corvane/CorvaneDataProvider.h"
@@ -92,6 +93,11 @@ ComPtr<I> Query(IUnknown* object, const IID& iid) {
 // GetValue as text; empty when it fails.
 std::u16string GetValue(ICorvaneDataProviderObject* provider, std::u16string_view key);
 
+// The symbols a shared library defines for others to bind to, as
+// "nm -D --defined-only" lists them; a line nm writes that names no symbol
+// is kept whole, in angle brackets.
+std::set<std::string> DefinedDynamicSymbols(const std::string& path);
+
 // The first of names found on PATH; empty when none is.
 std::string FindProgram(std::initializer_list<const char*> names);
 // True where $CI is "true": there scripts/test.sh has installed every
@@ -109,9 +115,5 @@ bool InCi();
       GTEST_SKIP() << (what) << " is not installed: this test needs it";                             \
     }                                                                                                \
   } while (false)
-
-namespace corvane::test {
-
-}  // namespace corvane::test
 
 #endif  // CORVANE_TESTS_SUPPORT_TEST_HOST_H_

@@ -1,6 +1,5 @@
-// The store of a delivery: pages found by any number a browser gave them,
-// and the visits of several sources merged into one stream in time order,
-// where a synced copy of a visit counts once.
+// The store of a delivery: the visits of several sources merged into one
+// stream in time order, where a synced copy of a visit counts once.
 
 #include "harvest/item_store.h"
 

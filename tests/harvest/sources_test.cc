@@ -1,8 +1,6 @@
 // A home with three browsers of both families and two profiles each, one
-// of whose History is damaged: every profile is found under its name, the
-// default browser decides what a family reads by default, and Harvest.ini
-// chooses other profiles, read as one stream in which a synced copy of a
-// visit counts once.
+// of whose History is damaged: the profiles that Harvest.ini chooses are
+// read as one stream in which a synced copy of a visit counts once.
 
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
 // The component catalogue as a host sees it: every class by its CLSID, the
-// interfaces each one offers, its class object, the module's lock count,
-// and the library's exports.
+// interfaces each one offers, the module's lock count, and the library's
+// exports.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The white-list file into the four reference tables; damaged files change
+// The white-list file into the four reference tables: damaged files change
 // nothing.
 
 #include "reflists/white_list_loader.h"

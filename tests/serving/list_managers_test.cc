@@ -1,5 +1,5 @@
-// The history and focus managers as a host sees them: the day groups and
-// their labels, searches, hides, clears, and a listing that meets damage.
+// The history manager as a host sees it: the day groups and their labels,
+// searches, hides, clears, and a listing that meets damage.
 
 #include "common/utf.h"
 #include "serving/serving_host.h"

@@ -1,6 +1,6 @@
 // The recommendation and recent listings as a host sees them: sub-sites,
 // the promotion of a bare main domain, the shown set across calls and
-// managers, bad arguments, and records a host keeps beyond the provider.
+// managers, and records a host keeps beyond the provider.
 
 #include "serving/serving_host.h"
 

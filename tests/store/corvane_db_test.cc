@@ -1,5 +1,5 @@
-// The database object's own steps: opening an existing file, the nesting
-// transaction pair, and the keys of DBConfig.ini.
+// The database object's own steps: opening an existing file and the nesting
+// transaction pair.
 
 #include <functional>
 

@@ -28,9 +28,9 @@ class ServeTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(Run({"demo"}).status, 0);
-    m_server = std::make_unique<test::ChildProcess>(std::vector<std::string>{CORVANE_CLI_BINARY, "--data-dir", m_data.Path(),
-                                                                "serve", "--port", "0"},
-                                       m_data.File("serve.log"));
+    m_server = std::make_unique<test::ChildProcess>(
+        std::vector<std::string>{CORVANE_CLI_BINARY, "--data-dir", m_data.Path(), "serve", "--port", "0"},
+        m_data.File("serve.log"));
     for (int i = 0; i < 200 && m_url.empty(); ++i) {
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
       const std::string log = ReadFile(m_data.File("serve.log"));

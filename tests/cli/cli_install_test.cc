@@ -143,11 +143,11 @@ class CliDemoTest : public ::testing::Test {
 // A site's weight adds up the days of each of its pages, so a site whose
 // visits spread over more pages may pass one used on a few more days, and
 // sampling makes neighbours swap. The sample ends at the time the demo runs:
-// run at every hour of many days, a site passed one used on at most four
-// more days (www.office.com, 14 days with a wiki page of 5, passes
-// www.reddit.com, 18 days, from 17:00 on). Beyond four days the order must
-// hold, and no site used on clearly more days than the last one shown is
-// missing. Each
+// run at every hour of ten dates across a year and at four hours of 28
+// more, a site passed one used on at most four more days (www.office.com,
+// 14 days with a wiki page of 5, passes www.reddit.com, 18 days, from 17:00
+// on). Beyond four days the order must hold, and no site used on clearly
+// more days than the last one shown is missing. Each
 // nested sub-site carries the ID of its host's row, as explain finds it,
 // and "hide site" takes it. A second demo on the same folder would mix its
 // visits into it.

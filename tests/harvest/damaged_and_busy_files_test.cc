@@ -4,9 +4,9 @@
 //
 // Profiles held by a running browser. A Chromium History with an exclusive
 // lock and a write transaction whose pages already spilled into the file,
-// with the old pages in History-journal; a Firefox places.sqlite with a
-// commit still in its log and a write left open; and a History that the
-// browser commits to while it is being copied. The read must see the last
+// with the old pages in History-journal, and a History that the browser
+// commits to while it is being copied. (A Firefox profile held and written
+// by the running browser is read in the real-browser suite.) The read must see the last
 // committed state whole, must not wait for the lock, and must leave the
 // writer able to commit.
 

@@ -45,14 +45,7 @@ class SourcesTest : public HarvestTest {
       ASSERT_TRUE(fixture::WriteFirefoxProfile(Home(), Spec(5), &error, place)) << error;
     }
     std::ofstream(fixture::ChromiumHistoryPath(Home(), kEdgeBroken), std::ios::trunc) << "no database";
-    SetDefault("brave-browser.desktop");
     std::filesystem::create_directories(m_appData.File("CorvaneApp"));
-  }
-  void SetDefault(const std::string& desktop) {
-    std::filesystem::create_directories(Home() + "/usr-share/applications");
-    std::ofstream(Home() + "/usr-share/applications/" + desktop) << "[Desktop Entry]\n";
-    std::filesystem::create_directories(Home() + "/.config");
-    std::ofstream(Home() + "/.config/mimeapps.list") << "[Default Applications]\nx-scheme-handler/http=" << desktop << "\n";
   }
   void Choose(const std::string& read) {
     std::string error;

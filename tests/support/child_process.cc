@@ -47,7 +47,8 @@ void ChildProcess::Stop() {
   if (m_pid <= 0) return;
   kill(-m_pid, SIGTERM);
   // Finish forgets the process once it has ended, whatever its status.
-  if (Finish(10) || m_pid <= 0) return;
+  Finish(10);
+  if (m_pid <= 0) return;
   kill(-m_pid, SIGKILL);
   waitpid(m_pid, nullptr, 0);
   m_pid = -1;
